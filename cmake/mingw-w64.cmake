@@ -1,0 +1,15 @@
+# Cross-build for Windows on x86-64. The posix variant is the one that has std::thread.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+# What set-up cross-built comes first, then copies installed for the target.
+get_filename_component(velora_deps ${CMAKE_CURRENT_LIST_DIR}/../build/deps ABSOLUTE)
+set(CMAKE_FIND_ROOT_PATH ${velora_deps} /usr/x86_64-w64-mingw32)
+set(OPENSSL_USE_STATIC_LIBS ON)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../tools/wine)

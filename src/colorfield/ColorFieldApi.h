@@ -1,0 +1,131 @@
+#pragma once
+
+#include <windows.h>
+
+#include <icm.h>
+
+#include <string>
+#include <vector>
+
+#include "VeloraPlatform/VeloraPlatform.h"
+#include "icc/IccFileCheck.h"
+#include "lut/ColorField3DLut.h"
+#include "velora/VeloraCtlApi.h"
+
+namespace velora {
+
+// Values of ColorFieldSetType.
+enum : ColorFieldSetType {
+  SetTypeDdcci = 0,      // external monitor
+  SetType3DLut = 1,      // 3D LUT through the display driver
+  SetTypePccMatrix = 2,  // PCC matrix through the display driver
+};
+
+// One display device as the system lists it.
+struct MonitorInfo {
+  std::wstring deviceName;
+  std::wstring deviceID;     // the name that the colour system knows the monitor by
+  std::wstring modelDriver;  // the model code in deviceID
+  std::wstring deviceString;
+  std::wstring deviceKey;
+};
+
+// Switches colour modes: the ICC profile that the operating system associates with the target
+// monitor, and the output of the panel. It knows nothing of the machine until the host has told it.
+// There is one instance, without a lock: it must be used from one thread at a time.
+//
+// A ResultT is 0 for success. Sources by topic:
+//   ColorFieldApi_ModeTables.cpp     registration of modes, look-ups
+//   ColorFieldApi_EnableMode.cpp     the sequence of a switch, the ways of the output
+//   ColorFieldApi_TargetMonitor.cpp  which monitor profiles are associated with
+//   ColorFieldApi_OsProfile.cpp      the profile: query, check, install, associate, put back
+class ColorFieldApi {
+ public:
+  static ColorFieldApi& GetInstance();
+
+  ColorFieldApi() = default;
+  ColorFieldApi(const ColorFieldApi&) = delete;
+  ColorFieldApi& operator=(const ColorFieldApi&) = delete;
+  ~ColorFieldApi();
+
+  // --- Mode tables ---
+
+  // Empties the table of preset modes, but not that of user modes.
+  ResultT InitColorFieldInfo(const ColorFieldInitInfo* info);
+  ResultT AddColorFieldModeInfo(const ColorFieldModeInfo* modeInfo);
+  ResultT AddUsrDesignInfo(const UserDesignInfo* modeInfo);
+
+  // False for a mode without a row or without a profile. Of several rows the earliest counts.
+  bool FindIccFilePathByMode(ColorFieldMode mode, std::string& path) const;
+  bool FindIccFilePathByModeName(const std::string& modeName, std::string& path) const;
+  // The user mode whose profile path contains the file name.
+  bool FindUserModeByIcc(const std::wstring& iccFileName, std::string& id) const;
+  bool FindPccMatrixByMode(ColorFieldMode mode, PlatformPccMatrix& matrix) const;
+
+  // --- Switching ---
+
+  // Profile and output; a failure of the output puts the old profile back.
+  ResultT SetColorField(ColorFieldMode mode);
+  // Output only, by the way of this machine.
+  ResultT EnableColorFieldMode(ColorFieldMode mode);
+  ResultT EnableColorFieldByDriver(ColorFieldMode mode);
+  ResultT EnableColorFieldByPcc(ColorFieldMode mode) const;
+
+  // --- Target monitor ---
+
+  // Chooses the monitor anew and gives its device id, which may be empty.
+  ResultT GetTargetMonitorName(std::wstring& name);
+  // The model code of the built-in panel.
+  ResultT GetTargetMonitorNameByWmi(std::wstring& name) const;
+  // Appends the adapter's monitors that are active and attached.
+  void EnumerateCurrentAdapters(const DISPLAY_DEVICEW& adapter,
+                                std::vector<MonitorInfo>& monitors) const;
+  // At most 7 characters of what stands between the first two backslashes.
+  bool GetModelDriverFromDeviceID(const wchar_t* deviceID, std::wstring& model) const;
+
+  // --- The operating system's profile; all calls are in the scope of the current user ---
+
+  // The file name of the target monitor's default profile, empty without one. Chooses the target
+  // monitor for all operations below.
+  ResultT GetDefaultIccFile(std::wstring& name);
+  // The same question for a given device and profile id 1.
+  bool QueryIccFile(const std::wstring& deviceName, std::wstring& name) const;
+  // True when current contains the file name of target; an empty file name is in every text.
+  bool IsIccAlreadyAssociated(const std::wstring& current, const std::string& target) const;
+
+  // For preset profiles: the file must match its digest record.
+  ResultT SetOsIccFileWithCheck(const std::string& path);
+  ResultT CheckTargetIccFileIsValid(const std::string& path, const char* digestPath) const;
+
+  // Installs and associates without a check.
+  ResultT SetOsIccFile(const std::wstring& path);
+  // A failure leaves the handles open that it has opened.
+  ResultT InstallIccFile(const std::wstring& path);
+  bool AssociateIccFile(const std::wstring& fileName) const;
+  // An open and valid profile, or null.
+  HPROFILE GetProfileHandle(const std::wstring& path) const;
+
+  // Puts back what GetDefaultIccFile gave.
+  void ResetOsIccField(const std::wstring& previousIcc);
+
+ private:
+  static BOOL CALLBACK StorePrimaryDisplayName(HMONITOR monitor, HDC, RECT*, LPARAM self);
+  MonitorInfo ChooseMonitor(const std::vector<MonitorInfo>& monitors,
+                            const std::wstring& modelName) const;
+  void CloseProfileHandles();
+
+  MonitorInfo targetMonitorInfo_;
+  HPROFILE profileHandles_[2] = {};   // the profile being installed; the standard sRGB profile
+  std::wstring primaryDisplayName_;   // adapter of the primary monitor seen last
+  std::wstring alternateDeviceName_;  // nothing assigns it
+  ColorFieldSetType setType_ = 0;
+  ColorFieldMode defaultMode_ = 0;
+  uint32_t reservedType_ = 0;                   // never read
+  char iccCheckFilePath_[100] = {};             // the digest file; without terminator when full
+  std::vector<ColorFieldModeInfo> modeIccVec_;  // mode, iccPath and PlatformPccMatrix only
+  std::vector<UserDesignInfo> modeUsrDesignVec_;
+  ColorField3DLut colorField3DLut_;
+  IccFileCheck iccFileCheck_;
+};
+
+}  // namespace velora

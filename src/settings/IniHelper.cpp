@@ -1,0 +1,50 @@
+#include "settings/IniHelper.h"
+
+#include <windows.h>
+
+#include <array>
+#include <locale>
+#include <sstream>
+#include <string_view>
+#include <type_traits>
+
+#include "frame/Log.h"
+#include "settings/NumberText.h"
+
+namespace velora {
+namespace {
+
+constexpr DWORD kMaxText = 260;  // characters, with the terminator
+
+template <typename T>
+void Extract(std::wstring_view text, T* value) {
+  if constexpr (std::is_same_v<T, double>) {
+    ExtractDouble(text, *value);
+  } else {
+    std::wistringstream stream{std::wstring(text)};
+    stream.imbue(std::locale::classic());
+    stream >> *value;
+  }
+}
+
+}  // namespace
+
+template <typename T>
+int IniHelper::GetValue(const std::wstring& section, const std::wstring& key, T* value) const {
+  std::array<wchar_t, kMaxText> text;
+  const DWORD length = GetPrivateProfileStringW(section.c_str(), key.c_str(), L"", text.data(),
+                                                kMaxText, filePath_.c_str());
+  if (length == 0) {
+    constexpr FunctionLog log("IniHelper::GetValue");
+    log.Info(L"get key:", key, L" from section:", section, L" failed in file:", filePath_);
+    return 1;
+  }
+  Extract({text.data(), length}, value);
+  return 0;
+}
+
+template int IniHelper::GetValue(const std::wstring&, const std::wstring&, unsigned long*) const;
+template int IniHelper::GetValue(const std::wstring&, const std::wstring&, int*) const;
+template int IniHelper::GetValue(const std::wstring&, const std::wstring&, double*) const;
+
+}  // namespace velora

@@ -1,0 +1,71 @@
+# Sourced by the commands: cross-builds libcrypto and Little CMS into build/deps, from the sources of
+# Debian 12. Changing this file builds them anew.
+
+deps=$build/deps
+deps_work=$build/deps.work # sources and objects; gone when all is built
+cross=x86_64-w64-mingw32
+
+deps_recipe() { printf 'openssl 3.0, lcms2 2.14, recipe %s\n' \
+  "$(sha256sum "$top/tools/lib/deps.sh" | cut -c 1-16)"; }
+
+build_deps() {
+  [[ $(cat "$deps/stamp" 2>/dev/null) != "$(deps_recipe)" ]] || return 0
+  rm -rf "$deps_work"
+  mkdir -p "$deps_work/out/lib" "$deps_work/out/include"
+  step deps-sources "Fetching the sources of OpenSSL and Little CMS" fetch_sources
+  step deps-libcrypto "Cross-building libcrypto" build_libcrypto
+  step deps-lcms2 "Cross-building Little CMS" build_lcms2
+  # In place all at once, so that an interrupted build is never taken for a finished one.
+  deps_recipe >"$deps_work/out/stamp"
+  rm -rf "$deps"
+  mv -T "$deps_work/out" "$deps"
+  rm -rf "$deps_work"
+}
+
+# From Debian's source packages, through a set-up of apt's own: the user's lists, sources and cache
+# stay as they are. Only upstream's archives are taken; they have no use for Debian's patches. The
+# main suite alone will do, and the security suite's index at times names what its mirror lacks.
+fetch_sources() {
+  local apt=$deps_work/apt mirror
+  mkdir -p "$apt/lists/partial" "$apt/cache"
+  # The mirror that this machine uses, if it uses one.
+  mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' 'Codename: bookworm' \
+    'Origin: Debian' 'Component: main' 2>/dev/null | head -n 1) || true
+  cat >"$apt/sources.list" <<END
+deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] ${mirror:-http://deb.debian.org/debian} bookworm main
+END
+  local apt_get=(apt-get -o Dir::Etc::SourceList="$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
+    -o Dir::State::Lists="$apt/lists" -o Dir::Cache="$apt/cache" -o Acquire::Retries=3)
+  cd "$deps_work"
+  "${apt_get[@]}" update
+  "${apt_get[@]}" source --download-only --tar-only openssl lcms2
+  mkdir openssl lcms2
+  tar -xf openssl_3.0.*.orig.tar.* -C openssl --strip-components=1
+  tar -xf lcms2_2.14*.orig.tar.* -C lcms2 --strip-components=1
+}
+
+# Static, with its assembly, and with what the digests need: the less there is, the smaller each
+# program that links it. Nothing is loaded at run time, neither a module nor a configuration file that
+# another user could have put there.
+build_libcrypto() {
+  cd "$deps_work/openssl"
+  ./Configure mingw64 --cross-compile-prefix=$cross- CC=gcc-posix --prefix=/ --libdir=lib \
+    no-shared no-tests no-module no-dso no-engine no-autoload-config no-sock no-async \
+    no-ui-console no-filenames no-err \
+    no-legacy no-bulk no-ssl no-tls no-dtls no-srtp no-psk no-srp no-nextprotoneg \
+    no-cmp no-cms no-comp no-ct no-ocsp no-ts no-rfc3779 \
+    no-chacha no-cmac no-des no-dh no-dsa no-ec no-md4 no-multiblock no-poly1305 no-rmd160 \
+    no-scrypt no-siphash no-siv no-sm2 no-sm3
+  make -j"$(nproc)" build_generated libcrypto.a
+  cp libcrypto.a "$deps_work/out/lib/"
+  cp -R include/openssl "$deps_work/out/include/"
+}
+
+build_lcms2() {
+  cd "$deps_work/lcms2"
+  ./configure --host=$cross CC=$cross-gcc-posix CFLAGS=-O2 --prefix="$deps_work/out" \
+    --disable-shared --without-jpeg --without-tiff --without-zlib
+  make -j"$(nproc)" -C src
+  cp src/.libs/liblcms2.a "$deps_work/out/lib/"
+  cp include/lcms2.h include/lcms2_plugin.h "$deps_work/out/include/"
+}

@@ -1,0 +1,96 @@
+// What the notebook's state says to calls of the functions of the same names. original is the real
+// function.
+#pragma once
+
+#include <windows.h>
+
+#include <icm.h>
+
+#include <functional>
+#include <string>
+
+#include "CoreKit/CoreKit.h"
+#include "VeloraPlatform/VeloraPlatform.h"
+#include "WmiKit/WmiKit.h"
+#include "virtualnotebook/Notebook.h"
+
+namespace virtualnotebook::answers {
+
+// The real function's type beneath a method: its object comes first.
+using ExcuteQueryImplFunction = int(NxSDK::WmiQuery*, const std::wstring&, const std::wstring&,
+                                    const std::function<void(const VARIANT&)>&, bool);
+
+// --- Firmware and displays ---
+
+UINT GetSystemFirmwareTable(Notebook& notebook, decltype(::GetSystemFirmwareTable)* original,
+                            DWORD provider, DWORD id, void* buffer, DWORD size);
+
+BOOL EnumDisplayDevicesW(Notebook& notebook, decltype(::EnumDisplayDevicesW)* original,
+                         const wchar_t* device, DWORD index, DISPLAY_DEVICEW* out, DWORD flags);
+
+BOOL EnumDisplayMonitors(Notebook& notebook, decltype(::EnumDisplayMonitors)* original, HDC dc,
+                         const RECT* clip, MONITORENUMPROC callback, LPARAM data);
+
+BOOL GetMonitorInfoW(Notebook& notebook, decltype(::GetMonitorInfoW)* original, HMONITOR monitor,
+                     MONITORINFO* info);
+
+// --- Colour system ---
+
+BOOL WcsGetDefaultColorProfile(Notebook& notebook, decltype(::WcsGetDefaultColorProfile)* original,
+                               WCS_PROFILE_MANAGEMENT_SCOPE scope, const wchar_t* device,
+                               COLORPROFILETYPE type, COLORPROFILESUBTYPE subType, DWORD profileId,
+                               DWORD size, wchar_t* name);
+
+BOOL WcsAssociateColorProfileWithDevice(Notebook& notebook,
+                                        decltype(::WcsAssociateColorProfileWithDevice)* original,
+                                        WCS_PROFILE_MANAGEMENT_SCOPE scope, const wchar_t* profile,
+                                        const wchar_t* device);
+
+BOOL WcsDisassociateColorProfileFromDevice(
+    Notebook& notebook, decltype(::WcsDisassociateColorProfileFromDevice)* original,
+    WCS_PROFILE_MANAGEMENT_SCOPE scope, const wchar_t* profile, const wchar_t* device);
+
+BOOL InstallColorProfileW(Notebook& notebook, decltype(::InstallColorProfileW)* original,
+                          const wchar_t* machine, const wchar_t* profile);
+
+// --- CoreKit, WmiKit ---
+
+void LcdLogMessage(Notebook& notebook, decltype(::LcdLogMessage)* original, int level,
+                   const wchar_t* text);
+
+int IsAdminPrivilege(Notebook& notebook, decltype(CoreKit::IsAdminPrivilege)* original);
+
+unsigned int GetLogonSessionId(Notebook& notebook, decltype(CoreKit::GetLogonSessionId)* original);
+
+ResultT GetUserSIDBySessionId(Notebook& notebook,
+                              decltype(CoreKit::GetUserSIDBySessionId)* original,
+                              unsigned int sessionId, std::wstring& sid);
+
+unsigned int GetDisplayType(Notebook& notebook, decltype(CoreKit::GetDisplayType)* original);
+
+int ExcuteQueryImpl(Notebook& notebook, ExcuteQueryImplFunction* original, NxSDK::WmiQuery* self,
+                    const std::wstring& query, const std::wstring& property,
+                    const std::function<void(const VARIANT&)>& onValue, bool flag);
+
+// --- Platform ---
+
+int PlatformInit(Notebook& notebook, decltype(::PlatformInit)* original);
+int PlatformFini(Notebook& notebook, decltype(::PlatformFini)* original);
+int GetPlatform(Notebook& notebook, decltype(::GetPlatform)* original, PlatformInfo* info);
+int PlatformSet3DLut(Notebook& notebook, decltype(::PlatformSet3DLut)* original, const double* lut,
+                     int count);
+int PlatformReset3DLut(Notebook& notebook, decltype(::PlatformReset3DLut)* original);
+int PlatformSetGammaLut(Notebook& notebook, decltype(::PlatformSetGammaLut)* original,
+                        const double* lut, int count);
+int PlatformSetPccMatrixInfo(Notebook& notebook, decltype(::PlatformSetPccMatrixInfo)* original,
+                             const PlatformPccMatrix* matrix);
+int PlatformResetPccMatrixInfo(Notebook& notebook,
+                               decltype(::PlatformResetPccMatrixInfo)* original);
+int PlatformSet2DColorTemperature(Notebook& notebook,
+                                  decltype(::PlatformSet2DColorTemperature)* original,
+                                  const Color2DInfo* info);
+int PlatformSet3DColorTemperature(Notebook& notebook,
+                                  decltype(::PlatformSet3DColorTemperature)* original,
+                                  const Color3DInfo* info);
+
+}  // namespace virtualnotebook::answers

@@ -1,0 +1,74 @@
+// The shipped VeloraCtlApi.dll as a host loads it, on a virtual notebook.
+#pragma once
+
+#include <windows.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "velora/VeloraCtlApi.h"
+#include "virtualnotebook/Notebook.h"
+
+namespace virtualnotebook {
+
+// A DLL that is loaded for as long as the object lives.
+class LoadedModule {
+ public:
+  explicit LoadedModule(const wchar_t* name);
+  ~LoadedModule();
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  HMODULE Handle() const { return handle_; }
+
+  // The export of this name; std::runtime_error when there is none.
+  template <typename Function>
+  Function* Find(const char* name) const {
+    return reinterpret_cast<Function*>(FindAddress(name));
+  }
+
+ private:
+  void* FindAddress(const char* name) const;
+
+  HMODULE handle_;
+};
+
+// Loads the library from the program path, puts a notebook beneath it and frees it again, so that
+// each object starts with new singletons. One at a time. The exports are called by their names:
+// library.SetColorField(2).
+class HostedLibrary {
+ public:
+  HostedLibrary();
+
+ private:
+  LoadedModule module_;  // ahead of the notebook, which leaves first
+
+ public:
+  virtualnotebook::Notebook notebook;
+
+// A pointer to the export of the same name, of the type in the public header.
+#define HOSTED_EXPORT(name) decltype(::name)* const name = module_.Find<decltype(::name)>(#name)
+  HOSTED_EXPORT(Init);
+  HOSTED_EXPORT(Fini);
+  HOSTED_EXPORT(GetVendor);
+  HOSTED_EXPORT(SwitchUser);
+  HOSTED_EXPORT(GetWhitePointStatus);
+  HOSTED_EXPORT(SetWhitePointStatus);
+  HOSTED_EXPORT(IsFeatureSupport);
+  HOSTED_EXPORT(IsMultiUser);
+  HOSTED_EXPORT(IsDisplayerCheck);
+  HOSTED_EXPORT(IsFirstUse);
+  HOSTED_EXPORT(SetFeatureSupport);
+  HOSTED_EXPORT(SetMultiUser);
+  HOSTED_EXPORT(SetDisplayerCheck);
+  HOSTED_EXPORT(SetFirstUseState);
+  HOSTED_EXPORT(GetFrameWorkType);
+  HOSTED_EXPORT(SetFrameWorkType);
+  HOSTED_EXPORT(InitColorFieldInfo);
+  HOSTED_EXPORT(AddColorFieldModeInfo);
+  HOSTED_EXPORT(AddUsrDesignInfo);
+  HOSTED_EXPORT(SetColorField);
+#undef HOSTED_EXPORT
+};
+
+}  // namespace virtualnotebook

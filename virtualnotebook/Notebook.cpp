@@ -1,0 +1,124 @@
+#include "virtualnotebook/Notebook.h"
+
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
+#include <utility>
+
+#include "virtualnotebook/ImportRedirection.h"
+#include "virtualnotebook/Imports.h"
+#include "virtualnotebook/Recorder.h"
+#include "virtualnotebook/Wmi.h"
+
+namespace virtualnotebook {
+namespace {
+
+std::atomic<Notebook*> installed;
+
+// A fault waiting for its call.
+struct PlannedFault {
+  std::string function;
+  unsigned n;  // 0: every call
+  Fault fault;
+  unsigned calls = 0;
+};
+
+void RequireKnown(const std::string& function) {
+  const auto imports = Imports();
+  if (std::ranges::none_of(imports, [&](const auto& known) { return known.name == function; })) {
+    throw std::invalid_argument("the notebook does not stand in for " + function);
+  }
+}
+
+}  // namespace
+
+struct Notebook::Impl {
+  std::vector<PlannedFault> faults;
+  WmiAnswers wmi;
+  std::optional<ImportRedirection> redirection;
+};
+
+NotebookLock& TheLock() {
+  static constinit NotebookLock lock;
+  return lock;
+}
+
+Notebook::Notebook(HMODULE module) : impl_(std::make_unique<Impl>()) {
+  Notebook* none = nullptr;
+  if (!installed.compare_exchange_strong(none, this)) {
+    throw std::logic_error("there is a notebook already");
+  }
+  try {
+    impl_->redirection.emplace(module, Imports());
+  } catch (...) {
+    installed = nullptr;
+    throw;
+  }
+}
+
+Notebook::~Notebook() {
+  impl_->redirection.reset();
+  installed = nullptr;
+}
+
+void Notebook::AnswerWmi(const std::wstring& nameSpace, const std::wstring& query,
+                         const std::wstring& property, std::vector<std::wstring> values) {
+  const NotebookGuard guard(TheLock());
+  impl_->wmi.Answer(nameSpace, query, property, std::move(values));
+}
+
+void Notebook::FailWmi(const std::wstring& nameSpace, const std::wstring& query, int status) {
+  const NotebookGuard guard(TheLock());
+  impl_->wmi.Fail(nameSpace, query, status);
+}
+
+void Notebook::FailCall(const std::string& function, unsigned n, uint64_t result, DWORD lastError) {
+  RequireKnown(function);
+  const NotebookGuard guard(TheLock());
+  impl_->faults.push_back({function, n, {result, lastError, std::nullopt}});
+}
+
+void Notebook::ThrowFrom(const std::string& function, unsigned n, const std::string& what) {
+  RequireKnown(function);
+  const NotebookGuard guard(TheLock());
+  impl_->faults.push_back({function, n, {0, 0, what}});
+}
+
+void Notebook::ClearFaults() {
+  const NotebookGuard guard(TheLock());
+  impl_->faults.clear();
+}
+
+size_t Notebook::CountCalls(const std::string& function) const {
+  RequireKnown(function);
+  const NotebookGuard guard(TheLock());
+  return static_cast<size_t>(
+      std::ranges::count_if(calls, [&](const Call& call) { return call.function == function; }));
+}
+
+void Notebook::ForgetRecords() {
+  const NotebookGuard guard(TheLock());
+  log.clear();
+  calls.clear();
+}
+
+Notebook* Recorder::Current() { return installed; }
+
+std::optional<Fault> Recorder::Record(Notebook& notebook, Call call) {
+  const NotebookGuard guard(TheLock());
+  std::optional<Fault> due;
+  for (PlannedFault& planned : notebook.impl_->faults) {
+    if (planned.function == call.function) {
+      ++planned.calls;
+      if (!due && (planned.n == 0 || planned.n == planned.calls)) {
+        due = planned.fault;
+      }
+    }
+  }
+  notebook.calls.push_back(std::move(call));
+  return due;
+}
+
+WmiAnswers& Recorder::Wmi(Notebook& notebook) { return notebook.impl_->wmi; }
+
+}  // namespace virtualnotebook

@@ -1,0 +1,130 @@
+// A notebook in software: it stands in for the hardware, and for what Wine lacks, beneath one
+// module.
+#pragma once
+
+#include <windows.h>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace virtualnotebook {
+
+// One line that the module gave to LcdLogMessage.
+struct LogLine {
+  int level;
+  std::wstring text;
+
+  friend bool operator==(const LogLine&, const LogLine&) = default;
+};
+
+// One call that the module made through its import table, with its arguments as text: numbers in
+// decimal, texts as they are, predefined registry keys by name ("HKEY_LOCAL_MACHINE"), other
+// pointers, records and what is only written as "null" or "pointer". A method's first argument is
+// its object. Functions have the names of their headers, methods and CoreKit's functions one
+// qualification: "CoreKit::GetDisplayType", "WmiQuery::ExcuteQueryImpl".
+struct Call {
+  std::string function;
+  std::vector<std::wstring> arguments;
+};
+
+struct Monitor {
+  std::wstring deviceName;    // "\\.\DISPLAY1\Monitor0"
+  std::wstring deviceString;  // "Generic PnP Monitor"
+  std::wstring deviceID;      // "MONITOR\BOE05EF\{4d36e96e-...}\0001"
+  std::wstring deviceKey;
+  std::wstring interfacePath;  // takes deviceID's place when a query asks for the device interface
+  DWORD stateFlags = DISPLAY_DEVICE_ACTIVE | DISPLAY_DEVICE_ATTACHED;
+};
+
+struct Adapter {
+  std::wstring deviceName;  // "\\.\DISPLAY1"
+  std::wstring deviceString;
+  std::vector<Monitor> monitors;
+  DWORD stateFlags = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
+};
+
+// One HMONITOR. Handles are 1, 2, ... in the order of Notebook::desktop.
+struct DesktopMonitor {
+  std::wstring adapterName;  // szDevice
+  DWORD flags = 0;           // MONITORINFOF_PRIMARY: the primary monitor
+};
+
+// The colour system's per-user associations, by device name: bare file names. The first profile of
+// a device is its default; a device without one answers ERROR_FILE_NOT_FOUND.
+using ProfileAssociations = std::map<std::wstring, std::vector<std::wstring>>;
+
+// The display pipeline as the platform's calls left it.
+struct PlatformState {
+  std::vector<double> lut3D;     // 14739 values; empty: no 3D LUT
+  std::vector<double> gammaLut;  // 3072 values; empty: none was set
+  std::optional<std::array<double, 9>> pccMatrix;
+  bool initialised = false;
+};
+
+// Installed for as long as the object lives; one at a time (std::logic_error). It rewrites the
+// import table of one module, so that every import of the module that it knows is recorded, can be
+// told to fail, and is answered by the state below where the hardware or Wine has no answer.
+// Everything else goes on to the real function. State may be changed at any time when no other
+// thread is in the module. The module stays loaded for as long as its notebook lives.
+class Notebook {
+ public:
+  explicit Notebook(HMODULE module);
+  ~Notebook();
+  Notebook(const Notebook&) = delete;
+  Notebook& operator=(const Notebook&) = delete;
+
+  // --- The machine ---
+
+  std::vector<uint8_t> firmwareTable;        // "DLUT"; empty: the machine has none
+  std::optional<UINT> reportedFirmwareSize;  // what the size query says instead
+
+  std::vector<Adapter> adapters;
+  std::vector<DesktopMonitor> desktop;
+  ProfileAssociations profiles;
+  PlatformState platform;
+  uint32_t platformType = 0;
+  bool forwardPlatform = false;  // the platform library gets the calls too, and gives the result
+  bool forwardLog = false;       // CoreKit gets the log lines too
+
+  bool administrator = false;
+  unsigned sessionId = 1;
+  std::wstring userSid;  // empty: the look-up fails
+  unsigned displayType = 0;
+
+  // Values of one property that a WMI query gives, row by row. A query that was not told has no
+  // row.
+  void AnswerWmi(const std::wstring& nameSpace, const std::wstring& query,
+                 const std::wstring& property, std::vector<std::wstring> values);
+  void FailWmi(const std::wstring& nameSpace, const std::wstring& query, int status);
+
+  // --- Faults ---
+
+  // The n-th call (from 1) of the function from now on gives result with this last error instead of
+  // doing anything. 0 for n: every call. A registry function's result is its error number.
+  // std::invalid_argument for a function that the notebook does not stand in for.
+  void FailCall(const std::string& function, unsigned n, uint64_t result, DWORD lastError = 0);
+  void ClearFaults();
+
+  // The n-th call of the function throws std::runtime_error(what).
+  void ThrowFrom(const std::string& function, unsigned n, const std::string& what);
+
+  // --- Records ---
+
+  std::vector<LogLine> log;
+  std::vector<Call> calls;
+
+  size_t CountCalls(const std::string& function) const;
+  void ForgetRecords();  // empties log and calls
+
+ private:
+  friend class Recorder;
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace virtualnotebook
