@@ -123,6 +123,22 @@ typedef struct UserDesignInfo {
   char gammaPath[100];     /* path of the mode's gamma LUT file */
 } UserDesignInfo;
 
+/* The fine tuning of one mode's white point: gains, 1 leaves the channel as it is. */
+typedef struct WhitePointFineTueInfo {
+  char id[100]; /* of a user-designed mode; one of 100 bytes has no terminator */
+  ColorFieldMode
+      mode; /* USRDESIGN_MODE: the mode of this id; else a preset mode, whatever the id */
+  double r;
+  double g;
+  double b;
+} WhitePointFineTueInfo;
+
+/* A point of the colour temperature circle: centre (80, 80), radius 80. */
+typedef struct ColorTemperatureConfig {
+  double x;
+  double y;
+} ColorTemperatureConfig;
+
 /* Gains and side values of one colour temperature: what the platform takes, 40 bytes. */
 typedef struct Color3DInfo {
   double r; /* gains: 1 leaves the channel as it is */
@@ -144,6 +160,11 @@ typedef struct Color2DInfo {
 VELORA_API int Init(void);
 VELORA_API int Fini(void);
 
+/* Send a colour temperature to the platform; the result is the platform's, 0 for success. The gains
+ * are also stored for the printer link. */
+VELORA_API int Set2DColorTemperature(const Color2DInfo* colorInfo);
+VELORA_API int Set3DColorTemperature(const Color3DInfo* colorInfo);
+
 /* --- Panel ---------------------------------------------------------------------------------- */
 
 /* Writes the panel's manufacturer, three PNP letters (VESA E-EDID) and "#", as a terminated text
@@ -162,6 +183,119 @@ VELORA_API void SwitchUser(void);
 /* The stored status, or defaultWhitePointEnable where none is stored. */
 VELORA_API int GetWhitePointStatus(int defaultWhitePointEnable);
 VELORA_API ResultT SetWhitePointStatus(int whitePointEnable);
+
+/* --- User-designed modes and fine tuning ------------------------------------------------------ */
+
+/* One store for all users of the machine. Records must not be null. DeleteUserDesignReg and
+ * EditUserSerialNumReg must not be called from two threads at once. */
+
+/* Deletes the stored mode of the record's id, with its fine tuning. ResultOk also where there is no
+ * such mode. ResultFailed: its key could not be deleted; ResultKeyNotFound: no mode is stored. */
+VELORA_API ResultT DeleteUserDesignReg(UserDesignInfo* userDesignInfo);
+
+/* Stores the record's serialNum for the mode of its id, and nothing else of it. ResultFailed: an
+ * empty id, or the registry refused the write. */
+VELORA_API ResultT EditUserSerialNumReg(UserDesignInfo* userDesignInfo);
+
+/* The root of the stored modes: 1 HKEY_CURRENT_USER, 2 HKEY_LOCAL_MACHINE, 3 HKEY_USERS. */
+VELORA_API int GetUserRegHkey(void);
+
+/* Read and store the gains of the record's mode, with six decimals. r, g and b must hold numbers
+ * for a read too: they are logged. A mode that is neither named above nor 0 or 7 throws
+ * std::out_of_range ("invalid map<K, T> key"). ResultFailed: a gain is not stored or no number, or
+ * the registry refused a write; what was read or written ahead of it stays. */
+VELORA_API ResultT GetWhitePointTueValue(WhitePointFineTueInfo* whitePoint);
+VELORA_API ResultT SetWhitePointTueValue(WhitePointFineTueInfo* whitePoint);
+
+/* --- Change events between processes ---------------------------------------------------------- */
+
+/* A doorbell for each of the features 0 to 6: one process stores a setting and rings, another waits
+ * and reads the setting. A ring wakes one waiter and stays pending until there is one; several
+ * rings ahead of a wait count once. Rings and waits may come from any thread. */
+
+/* Opens and closes the event in this process; every process that rings or waits opens it first, in
+ * any order. ResultAlreadyInit: it is open already. ResultCreateFailed: the system refused, or the
+ * feature has no event. ResultNotCreated: it is not open. ResultFailed: it could not be closed. */
+VELORA_API ResultT InitConfigSyncObject(int type);
+VELORA_API ResultT FiniConfigSyncObject(int type);
+
+/* Rings. ResultNotCreated: the event is not open in this process; ResultFailed: the system refused.
+ */
+VELORA_API ResultT NotifyConfigChange(int type);
+
+/* Waits for a ring, at most timeout milliseconds; 0: without limit. ResultTimeout: nobody rang.
+ * ResultNotCreated: the event is not open in this process; ResultFailed: the wait failed. */
+VELORA_API ResultT WaitConfigChangeSync(int type, uint32_t timeout);
+/* --- Eye protection settings ----------------------------------------------------------------- */
+
+/* On or off. Where nothing is stored, the INI file's value or the default is given and stored. */
+VELORA_API int GetEyeProtectStatus(int defaultEyeProtectEnable);
+VELORA_API ResultT SetEyeProtectStatus(int eyeProtectEnable);
+
+/* Position of the slider, 0 to 366. Where nothing is stored, or a position out of range, the INI
+ * file's or the default is given and stored. ResultOutOfRange: nothing was stored. */
+VELORA_API int GetEyeProtectValue(int defaultSliderValue);
+VELORA_API ResultT SetEyeProtectValue(int eyeProtectValue);
+
+/* The PSR setting: stored and handed back. */
+VELORA_API int GetPSRStatusValue(int defaultPSREnable);
+VELORA_API ResultT SetPSRStatusValue(int PSREnable);
+
+/* Base of the slider's strength, kept with six decimals. */
+VELORA_API double GetRhineValue(double defaultRhineValue);
+VELORA_API ResultT SetRhineValue(double rhineValue);
+
+/* The platform's blue value of an eye protection status: 255 for 1, else 0. */
+VELORA_API int GetColorBlueValue(int value);
+
+/* Strength of eye protection at a slider position: from R + 0.65 (1 - R) at 0 to R at 180, flat to
+ * 195, to 0.9 R at 366; R is the stored Rhine value or 0.82. R everywhere where the machine does
+ * not support eye protection. */
+VELORA_API double TransEyeProtectSliderValue(int sliderValue);
+
+/* Non-zero: the gains of eye protection are merged into the display's. */
+VELORA_API ResultT SetEyeProtectHandleType(int handleType);
+
+/* The gains of eye protection. The first write that fails is the result; those ahead of it stay. */
+VELORA_API ResultT SetEyeProtectRGB(double r, double g, double b);
+
+/* --- Colour temperature settings ---------------------------------------------------------------
+ */
+
+/* Position of the slider, 0 to 366. Where nothing is stored, the INI file's or the default is given
+ * and stored. ResultOutOfRange: nothing was stored. */
+VELORA_API int GetTemperatureValue(int defaultTemperatureValue);
+VELORA_API ResultT SetTemperatureValue(int value);
+
+/* 0 default, 1 warm, 2 cold, 255 unknown. Where nothing is stored, the INI file's type or 255 is
+ * given and stored, whatever the default. */
+VELORA_API int GetColorTemperatureType(int defaultColorType);
+VELORA_API ResultT SetColorTemperatureType(int colorType);
+
+/* The point of the colour temperature circle. Where none is stored, the INI file's is given and
+ * stored; ResultFailed, and the record stays as it was, where the INI file has none either. */
+VELORA_API ResultT GetColorTemperatureConfig(ColorTemperatureConfig* colorConfig);
+VELORA_API ResultT SetColorTemperatureConfig(const ColorTemperatureConfig* colorConfig);
+
+/* --- Natural colour settings -------------------------------------------------------------------
+ */
+
+/* On or off. Where nothing is stored, the INI file's value or the default, as 0 or 1, is given and
+ * stored. */
+VELORA_API int GetNatureColorStatus(int defaultStatus);
+VELORA_API ResultT SetNatureColorStatus(int status);
+
+/* --- Colour mode settings ----------------------------------------------------------------------
+ */
+
+/* Plain values, stored by the host: the mode in force, the mode to return to on reset, the way of
+ * applying a mode. The getters give the default where none is stored. */
+VELORA_API int GetColorFieldCurrentMode(int defaultMode);
+VELORA_API ResultT SetColorFieldCurrentMode(int mode);
+VELORA_API int GetColorFieldResetMode(int defaultMode);
+VELORA_API ResultT SetColorFieldResetMode(int config);
+VELORA_API int GetColorFieldSetType(int defaultType);
+VELORA_API ResultT SetColorFieldSetType(int setType);
 
 /* --- Feature flags --------------------------------------------------------------------------- */
 

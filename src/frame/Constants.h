@@ -23,6 +23,10 @@ inline constexpr char kInstallDir[] = "C:\\Program Files\\Norvex\\NxVelora";
 // Below HKEY_CLASSES_ROOT; the default value names the installed program.
 inline constexpr wchar_t kShellCommandKey[] = L"DesktopBackground\\Shell\\NxVelora\\command";
 
+// Sub keys of the white point's fine tuning: one key in them for each mode.
+inline constexpr wchar_t kPresetModeKey[] = L"PresetMode";
+inline constexpr wchar_t kUserDesignModeKey[] = L"UserDesignMode";
+
 inline constexpr wchar_t kWmiCimV2[] = L"ROOT\\CIMV2";
 inline constexpr wchar_t kWmiWmi[] = L"ROOT\\WMI";
 

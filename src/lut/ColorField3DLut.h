@@ -23,8 +23,6 @@ inline const uint8_t* BytesOf(const LutBuffer& buffer) {
   return reinterpret_cast<const uint8_t*>(buffer.data());
 }
 
-inline constexpr ColorFieldMode kEbookMode = 7;
-
 // A decoded LUT as LutBlock.h describes it.
 using DecodedLut = std::unique_ptr<double[]>;
 

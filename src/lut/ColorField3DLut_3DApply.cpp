@@ -6,16 +6,16 @@
 
 #include "VeloraPlatform/VeloraPlatform.h"
 #include "frame/Log.h"
+#include "frame/ModeNames.h"
 #include "lut/LutBlock.h"
 
 namespace velora {
 
 bool ColorField3DLut::SetDisplayerBy3DLut(ColorFieldMode mode) {
   constexpr FunctionLog log("ColorField3DLut::SetDisplayerBy3DLut");
-  constexpr ColorFieldMode kNo3DLutMode = 0;
   try {
     log.Info(L"SetDisplayer by 3DLut, mode is ", mode);
-    if (mode == kNo3DLutMode) {
+    if (mode == kNoMode) {
       const int result = PlatformReset3DLut();
       if (result != 0) {
         // The text of the other branch, less its last blank.

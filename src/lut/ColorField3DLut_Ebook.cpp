@@ -6,6 +6,7 @@
 
 #include "CoreKit/CoreKit.h"
 #include "frame/Log.h"
+#include "frame/ModeNames.h"
 #include "frame/Sha256.h"
 #include "frame/SharedFile.h"
 #include "lut/LutBlock.h"

@@ -8,6 +8,7 @@
 
 #include "frame/Constants.h"
 #include "frame/Log.h"
+#include "frame/ModeNames.h"
 #include "frame/TextField.h"
 
 namespace velora {

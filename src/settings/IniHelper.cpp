@@ -47,4 +47,11 @@ template int IniHelper::GetValue(const std::wstring&, const std::wstring&, unsig
 template int IniHelper::GetValue(const std::wstring&, const std::wstring&, int*) const;
 template int IniHelper::GetValue(const std::wstring&, const std::wstring&, double*) const;
 
+int IniHelper::GetUnsigned(const std::wstring& section, const std::wstring& key,
+                           int defaultValue) const {
+  auto value = static_cast<unsigned long>(defaultValue);
+  GetValue(section, key, &value);
+  return static_cast<int>(value);
+}
+
 }  // namespace velora

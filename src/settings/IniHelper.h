@@ -16,6 +16,9 @@ class IniHelper {
   template <typename T>
   int GetValue(const std::wstring& section, const std::wstring& key, T* value) const;
 
+  // An unsigned value in the bits of an int, as the registry keeps it; else defaultValue.
+  int GetUnsigned(const std::wstring& section, const std::wstring& key, int defaultValue) const;
+
  private:
   const std::wstring filePath_;
 };

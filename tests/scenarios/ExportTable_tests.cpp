@@ -83,6 +83,8 @@ TEST_F(TablesTest, ExportsAreTheseAndNoOthers) {
       // Platform
       "Init",
       "Fini",
+      "Set2DColorTemperature",
+      "Set3DColorTemperature",
       // Panel
       "GetVendor",
       // Users
@@ -90,6 +92,47 @@ TEST_F(TablesTest, ExportsAreTheseAndNoOthers) {
       // White point settings
       "GetWhitePointStatus",
       "SetWhitePointStatus",
+      // Eye protection settings
+      "GetEyeProtectStatus",
+      "SetEyeProtectStatus",
+      "GetEyeProtectValue",
+      "SetEyeProtectValue",
+      "GetPSRStatusValue",
+      "SetPSRStatusValue",
+      "GetRhineValue",
+      "SetRhineValue",
+      "GetColorBlueValue",
+      "TransEyeProtectSliderValue",
+      "SetEyeProtectHandleType",
+      "SetEyeProtectRGB",
+      // Colour temperature settings
+      "GetTemperatureValue",
+      "SetTemperatureValue",
+      "GetColorTemperatureType",
+      "SetColorTemperatureType",
+      "GetColorTemperatureConfig",
+      "SetColorTemperatureConfig",
+      // Natural colour settings
+      "GetNatureColorStatus",
+      "SetNatureColorStatus",
+      // Colour mode settings
+      "GetColorFieldCurrentMode",
+      "SetColorFieldCurrentMode",
+      "GetColorFieldResetMode",
+      "SetColorFieldResetMode",
+      "GetColorFieldSetType",
+      "SetColorFieldSetType",
+      // User design and fine tuning
+      "DeleteUserDesignReg",
+      "EditUserSerialNumReg",
+      "GetUserRegHkey",
+      "GetWhitePointTueValue",
+      "SetWhitePointTueValue",
+      // Change events
+      "InitConfigSyncObject",
+      "FiniConfigSyncObject",
+      "NotifyConfigChange",
+      "WaitConfigChangeSync",
       // Feature flags
       "IsFeatureSupport",
       "IsMultiUser",
@@ -116,10 +159,11 @@ TEST_F(TablesTest, ImportsByName) {
   const std::map<std::string, std::vector<std::string>> required = {
       {"advapi32.dll",
        {"RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW", "RegSetValueExW", "RegDeleteKeyW",
-        "RegCloseKey"}},
+        "RegCloseKey", "InitializeSecurityDescriptor", "SetSecurityDescriptorDacl"}},
       {"kernel32.dll",
        {"GetPrivateProfileStringW", "GetSystemFirmwareTable", "CreateFileA", "ReadFile",
-        "WriteFile", "GetFileSizeEx", "CloseHandle"}},
+        "WriteFile", "GetFileSizeEx", "CloseHandle", "CreateEventW", "SetEvent",
+        "WaitForSingleObject"}},
       {"user32.dll", {"EnumDisplayDevicesW", "EnumDisplayMonitors", "GetMonitorInfoW"}},
       {"mscms.dll",
        {"WcsGetDefaultColorProfile", "WcsAssociateColorProfileWithDevice",

@@ -191,6 +191,14 @@ TEST_F(IniHelperTest, GetValue_TheHostsLocaleHasNoInfluence) {
   EXPECT_EQ(locale.substr(0, 6), "German");
 }
 
+TEST_F(IniHelperTest, GetUnsigned) {
+  EXPECT_EQ(ini.GetUnsigned(L"CIRCLE", L"Key", -7), -7);
+  Store("Key=12");
+  EXPECT_EQ(ini.GetUnsigned(L"CIRCLE", L"Key", -7), 12);
+  Store("Key=4294967295");
+  EXPECT_EQ(ini.GetUnsigned(L"CIRCLE", L"Key", -7), -1) << "an unsigned number";
+}
+
 TEST_F(IniHelperTest, GetValue_WritesNothing) {
   Store("Key=abc");
   const std::vector<uint8_t> before = directory.Read("SetColor.ini");

@@ -8,7 +8,7 @@ set_up() {
   [[ $top != *[[:space:]]* ]] || fail "the path of this folder has a blank in it: $top"
   install_packages "${build_packages[@]}" "$@"
   build_deps
-  [[ -e $build/wine/velora-stamp ]] || step wine-prefix "Making a Wine prefix" "$top/tools/wine" --version
+  [[ -e $build/wine/pristine ]] || step wine-prefix "Making a Wine prefix" "$top/tools/wine" --version
 }
 
 # build_preset NAME TEXT [TARGET...]: all, or these targets.

@@ -17,20 +17,31 @@ export HOME=$WINEPREFIX/home
 wine=/usr/lib/wine/wine64
 wineserver=/usr/lib/wine/wineserver64
 
+# The registry of a new prefix. Its presence says that the prefix is finished.
+pristine=$WINEPREFIX/pristine
+
 # Makes the prefix unless a finished one is there; of two callers at once the second waits.
 make_prefix() {
-  local stamp=$WINEPREFIX/velora-stamp
-  [[ ! -e $stamp ]] || return 0
+  [[ ! -e $pristine ]] || return 0
   (
     flock 9
-    [[ ! -e $stamp ]] || exit 0
+    [[ ! -e $pristine ]] || exit 0
     rm -rf "$WINEPREFIX"
     mkdir -p "$HOME"
     # Closed (9>&-) in what outlives this function.
     "$wine" wineboot --init 9>&-
     "$wineserver" --wait 9>&-
-    touch "$stamp"
+    mkdir "$pristine.new"
+    cp "$WINEPREFIX"/*.reg "$pristine.new"
+    mv "$pristine.new" "$pristine"
   ) 9>"$WINEPREFIX.lock"
+}
+
+# Back to a new prefix: a program that crashed may have left settings and data behind.
+reset_prefix() {
+  stop_wineserver
+  cp "$pristine"/*.reg "$WINEPREFIX"
+  rm -rf "$WINEPREFIX/drive_c/ProgramData/Comms"
 }
 
 # Keeps one wineserver, and with it the prefix's services, for many programs: Debian's default ends

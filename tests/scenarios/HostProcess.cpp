@@ -1,0 +1,96 @@
+#include "scenarios/HostProcess.h"
+
+#include <stdexcept>
+
+namespace scenarios {
+namespace {
+
+constexpr DWORD kPatience = 120000;  // milliseconds for whatever a test waits for
+constexpr DWORD kPoll = 5;           // milliseconds
+
+std::wstring HostPath() {
+  wchar_t path[MAX_PATH];
+  GetModuleFileNameW(nullptr, path, MAX_PATH);
+  const std::wstring text = path;
+  return text.substr(0, text.rfind(L'\\') + 1) + L"scenario_tests_host.exe";
+}
+
+// A pipe of which the other process inherits one end.
+void MakePipe(HANDLE& readEnd, HANDLE& writeEnd, HANDLE& ownEnd) {
+  SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+  if (!CreatePipe(&readEnd, &writeEnd, &inherited, 0) ||
+      !SetHandleInformation(ownEnd, HANDLE_FLAG_INHERIT, 0)) {
+    throw std::runtime_error("no pipe");
+  }
+}
+
+}  // namespace
+
+HostProcess::HostProcess() {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+  MakePipe(startup.hStdInput, input_, input_);
+  MakePipe(output_, startup.hStdOutput, output_);
+  PROCESS_INFORMATION process{};
+  const BOOL started = CreateProcessW(HostPath().c_str(), nullptr, nullptr, nullptr, TRUE, 0,
+                                      nullptr, nullptr, &startup, &process);
+  CloseHandle(startup.hStdInput);
+  CloseHandle(startup.hStdOutput);
+  if (!started) {
+    throw std::runtime_error("the host can't be started");
+  }
+  CloseHandle(process.hThread);
+  process_ = process.hProcess;
+}
+
+HostProcess::~HostProcess() {
+  Kill();
+  CloseHandle(input_);
+  CloseHandle(output_);
+  CloseHandle(process_);
+}
+
+int HostProcess::Call(const std::string& command) {
+  Send(command);
+  return std::stoi(Receive());
+}
+
+void HostProcess::Send(const std::string& command) const {
+  const std::string line = command + "\n";
+  DWORD written = 0;
+  if (!WriteFile(input_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr)) {
+    throw std::runtime_error("the host takes no commands");
+  }
+}
+
+std::string HostProcess::Receive() {
+  std::string line;
+  while (line.empty() || line.back() != '\n') {
+    char c = 0;
+    DWORD read = 0;
+    if (!HasAnswered(kPatience) || !ReadFile(output_, &c, 1, &read, nullptr) || read != 1) {
+      throw std::runtime_error("the host does not answer");
+    }
+    line += c;
+  }
+  return line.substr(0, line.find_first_of("\r\n"));
+}
+
+bool HostProcess::HasAnswered(DWORD milliseconds) const {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
+  DWORD available = 0;
+  while (PeekNamedPipe(output_, nullptr, 0, nullptr, &available, nullptr) && available == 0 &&
+         GetTickCount64() < end) {
+    Sleep(kPoll);
+  }
+  return available > 0;
+}
+
+void HostProcess::Kill() const {
+  TerminateProcess(process_, 0);
+  WaitForSingleObject(process_, kPatience);
+}
+
+}  // namespace scenarios
