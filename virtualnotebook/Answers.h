@@ -12,6 +12,7 @@
 #include "CoreKit/CoreKit.h"
 #include "VeloraPlatform/VeloraPlatform.h"
 #include "WmiKit/WmiKit.h"
+#include "src/colorfield/MonitorConfiguration.h"
 #include "virtualnotebook/Notebook.h"
 
 namespace virtualnotebook::answers {
@@ -33,6 +34,44 @@ BOOL EnumDisplayMonitors(Notebook& notebook, decltype(::EnumDisplayMonitors)* or
 
 BOOL GetMonitorInfoW(Notebook& notebook, decltype(::GetMonitorInfoW)* original, HMONITOR monitor,
                      MONITORINFO* info);
+
+// Null for a handle that is none.
+DesktopMonitor* FindDesktopMonitor(Notebook& notebook, HMONITOR handle);
+
+// --- External monitors ---
+
+BOOL GetNumberOfPhysicalMonitorsFromHMONITOR(
+    Notebook& notebook, decltype(::GetNumberOfPhysicalMonitorsFromHMONITOR)* original,
+    HMONITOR monitor, DWORD* count);
+
+BOOL GetPhysicalMonitorsFromHMONITOR(Notebook& notebook,
+                                     decltype(::GetPhysicalMonitorsFromHMONITOR)* original,
+                                     HMONITOR monitor, DWORD count, PHYSICAL_MONITOR* monitors);
+
+BOOL DestroyPhysicalMonitors(Notebook& notebook, decltype(::DestroyPhysicalMonitors)* original,
+                             DWORD count, PHYSICAL_MONITOR* monitors);
+
+BOOL SetVCPFeature(Notebook& notebook, decltype(::SetVCPFeature)* original, HANDLE monitor,
+                   BYTE code, DWORD value);
+
+BOOL SaveCurrentSettings(Notebook& notebook, decltype(::SaveCurrentSettings)* original,
+                         HANDLE monitor);
+
+// --- Topology ---
+
+LONG GetDisplayConfigBufferSizes(Notebook& notebook,
+                                 decltype(::GetDisplayConfigBufferSizes)* original, UINT32 flags,
+                                 UINT32* pathCount, UINT32* modeCount);
+
+LONG QueryDisplayConfig(Notebook& notebook, decltype(::QueryDisplayConfig)* original, UINT32 flags,
+                        UINT32* pathCount, DISPLAYCONFIG_PATH_INFO* paths, UINT32* modeCount,
+                        DISPLAYCONFIG_MODE_INFO* modes, DISPLAYCONFIG_TOPOLOGY_ID* id);
+
+LONG SetDisplayConfig(Notebook& notebook, decltype(::SetDisplayConfig)* original, UINT32 pathCount,
+                      DISPLAYCONFIG_PATH_INFO* paths, UINT32 modeCount,
+                      DISPLAYCONFIG_MODE_INFO* modes, UINT32 flags);
+
+void Sleep(Notebook& notebook, decltype(::Sleep)* original, DWORD milliseconds);
 
 // --- Colour system ---
 

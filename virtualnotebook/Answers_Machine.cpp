@@ -44,18 +44,18 @@ void Describe(const Monitor& monitor, bool askedForInterface, DISPLAY_DEVICEW& d
   device.StateFlags = monitor.stateFlags;
 }
 
-// Handles are numbers from 1.
-const DesktopMonitor* FindMonitor(const Notebook& notebook, HMONITOR handle) {
-  const auto number = reinterpret_cast<uintptr_t>(handle);
-  return number == 0 || number > notebook.desktop.size() ? nullptr : &notebook.desktop[number - 1];
-}
-
 RECT PlaceOf(size_t index) {
   const LONG left = static_cast<LONG>(index) * kWidth;
   return {left, 0, left + kWidth, kHeight};
 }
 
 }  // namespace
+
+// Handles are numbers from 1.
+DesktopMonitor* FindDesktopMonitor(Notebook& notebook, HMONITOR handle) {
+  const auto number = reinterpret_cast<uintptr_t>(handle);
+  return number == 0 || number > notebook.desktop.size() ? nullptr : &notebook.desktop[number - 1];
+}
 
 UINT GetSystemFirmwareTable(Notebook& notebook, decltype(::GetSystemFirmwareTable)* original,
                             DWORD provider, DWORD id, void* buffer, DWORD size) {
@@ -112,7 +112,7 @@ BOOL EnumDisplayMonitors(Notebook& notebook, decltype(::EnumDisplayMonitors)*, H
 
 BOOL GetMonitorInfoW(Notebook& notebook, decltype(::GetMonitorInfoW)*, HMONITOR monitor,
                      MONITORINFO* info) {
-  const DesktopMonitor* const found = FindMonitor(notebook, monitor);
+  const DesktopMonitor* const found = FindDesktopMonitor(notebook, monitor);
   if (found == nullptr) {
     return Fail(ERROR_INVALID_MONITOR_HANDLE);
   }

@@ -52,6 +52,7 @@ class HostedLibrary {
   HOSTED_EXPORT(Fini);
   HOSTED_EXPORT(Set2DColorTemperature);
   HOSTED_EXPORT(Set3DColorTemperature);
+  HOSTED_EXPORT(SetMonitorExtendMode);
   HOSTED_EXPORT(GetVendor);
   HOSTED_EXPORT(SwitchUser);
   HOSTED_EXPORT(GetWhitePointStatus);

@@ -64,11 +64,21 @@ const ImportedFunction kImports[] = {
     FORWARDED("kernel32.dll", CloseHandle),
     FORWARDED("kernel32.dll", GetModuleFileNameW),
     ANSWERED("kernel32.dll", GetSystemFirmwareTable),
+    ANSWERED("kernel32.dll", Sleep),
     FORWARDED("msvcrt.dll", _access),
 
     ANSWERED("user32.dll", EnumDisplayDevicesW),
     ANSWERED("user32.dll", EnumDisplayMonitors),
     ANSWERED("user32.dll", GetMonitorInfoW),
+    ANSWERED("user32.dll", GetDisplayConfigBufferSizes),
+    ANSWERED("user32.dll", QueryDisplayConfig),
+    ANSWERED("user32.dll", SetDisplayConfig),
+
+    ANSWERED("dxva2.dll", GetNumberOfPhysicalMonitorsFromHMONITOR),
+    ANSWERED("dxva2.dll", GetPhysicalMonitorsFromHMONITOR),
+    ANSWERED("dxva2.dll", DestroyPhysicalMonitors),
+    ANSWERED("dxva2.dll", SetVCPFeature),
+    ANSWERED("dxva2.dll", SaveCurrentSettings),
 
     ANSWERED("mscms.dll", WcsGetDefaultColorProfile),
     ANSWERED("mscms.dll", WcsAssociateColorProfileWithDevice),

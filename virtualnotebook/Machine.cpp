@@ -70,7 +70,22 @@ void SetUpNotebook(Notebook& notebook, const std::wstring& deviceId) {
   panel.deviceID = MonitorDeviceId(deviceId);
   panel.interfacePath = InterfacePath(deviceId);
   notebook.adapters = {{kAdapterName, L"Internal graphics", {panel}}};
-  notebook.desktop = {{kAdapterName, MONITORINFOF_PRIMARY}};
+  const PhysicalMonitor deaf{.description = kMonitorCaption, .answersDdcci = false};
+  notebook.desktop = {{kAdapterName, MONITORINFOF_PRIMARY, {deaf}}};
+}
+
+void PlugInMonitor(Notebook& notebook, const std::wstring& deviceId,
+                   const std::wstring& description) {
+  const std::wstring adapterName =
+      L"\\\\.\\DISPLAY" + std::to_wstring(notebook.adapters.size() + 1);
+  Monitor monitor;
+  monitor.deviceName = adapterName + L"\\Monitor0";
+  monitor.deviceString = description;
+  monitor.deviceID = MonitorDeviceId(deviceId);
+  monitor.interfacePath = InterfacePath(deviceId);
+  notebook.adapters.push_back({adapterName, L"Graphics", {monitor}});
+  const DWORD flags = notebook.desktop.empty() ? MONITORINFOF_PRIMARY : 0;
+  notebook.desktop.push_back({adapterName, flags, {{.description = description}}});
 }
 
 PluggedPanel::PluggedPanel(const std::vector<uint8_t>& edid, const std::wstring& deviceId)

@@ -19,8 +19,15 @@ std::wstring MonitorDeviceId(const std::wstring& deviceId);  // EnumDisplayDevic
 std::wstring InterfacePath(const std::wstring& deviceId);    // the same by device interface
 std::wstring WmiInstanceName(const std::wstring& deviceId);  // ROOT\WMI
 
-// The panel as the only monitor, on the primary display: WMI answers, adapter, desktop.
+// The panel, deaf to DDC/CI, as the only monitor, on the primary display: WMI answers, adapter,
+// desktop.
 void SetUpNotebook(Notebook& notebook, const std::wstring& deviceId = kPanelDeviceId);
+
+// A monitor plugged in behind those that are there, with an adapter of its own; the first of a
+// machine is the primary one. It takes every value over DDC/CI. What it shows is in
+// notebook.desktop.back().physicalMonitors.front().
+void PlugInMonitor(Notebook& notebook, const std::wstring& deviceId,
+                   const std::wstring& description);
 
 // The panel's EDID in the registry, below
 // HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Enum\<device id>\Device Parameters. Plugged in for as

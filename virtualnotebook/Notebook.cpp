@@ -43,6 +43,12 @@ NotebookLock& TheLock() {
   return lock;
 }
 
+std::optional<uint32_t> PhysicalMonitor::Value(uint8_t code) const {
+  const auto last = std::find_if(taken.rbegin(), taken.rend(),
+                                 [=](const VcpWrite& write) { return write.code == code; });
+  return last == taken.rend() ? std::nullopt : std::optional(last->value);
+}
+
 Notebook::Notebook(HMODULE module) : impl_(std::make_unique<Impl>()) {
   Notebook* none = nullptr;
   if (!installed.compare_exchange_strong(none, this)) {
@@ -94,6 +100,11 @@ size_t Notebook::CountCalls(const std::string& function) const {
   const NotebookGuard guard(TheLock());
   return static_cast<size_t>(
       std::ranges::count_if(calls, [&](const Call& call) { return call.function == function; }));
+}
+
+size_t Notebook::CountOpenMonitorArrays() const {
+  const NotebookGuard guard(TheLock());
+  return static_cast<size_t>(std::ranges::count(monitorArrays, 0U, &MonitorArray::destroyed));
 }
 
 void Notebook::ForgetRecords() {

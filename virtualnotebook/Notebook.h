@@ -48,10 +48,46 @@ struct Adapter {
   DWORD stateFlags = DISPLAY_DEVICE_ATTACHED_TO_DESKTOP;
 };
 
+// A value that a monitor took over DDC/CI.
+struct VcpWrite {
+  uint8_t code;
+  uint32_t value;
+  bool saved = false;  // in the monitor's memory too
+
+  friend bool operator==(const VcpWrite&, const VcpWrite&) = default;
+};
+
+// A device behind an HMONITOR as dxva2 knows it.
+struct PhysicalMonitor {
+  std::wstring description;  // "NVX Studio 27"; cut to 127 characters
+  bool hasHandle = true;     // false: shown with INVALID_HANDLE_VALUE
+  bool answersDdcci = true;  // false: a built-in panel, or switched off in the monitor's menu
+  std::vector<VcpWrite> taken = {};  // in their order
+
+  // What it shows: the value taken last.
+  std::optional<uint32_t> Value(uint8_t code) const;
+};
+
 // One HMONITOR. Handles are 1, 2, ... in the order of Notebook::desktop.
 struct DesktopMonitor {
   std::wstring adapterName;  // szDevice
   DWORD flags = 0;           // MONITORINFOF_PRIMARY: the primary monitor
+  std::vector<PhysicalMonitor> physicalMonitors = {};
+};
+
+// An array of PHYSICAL_MONITOR that the module got. Its handles are its own and good until it is
+// destroyed, by the array at the same address.
+struct MonitorArray {
+  const void* address;
+  size_t desktopIndex;  // of the HMONITOR, in Notebook::desktop
+  std::vector<HANDLE> handles;
+  unsigned destroyed = 0;  // how often; the module owes one
+};
+
+// How the displays are arranged.
+struct DisplayTopology {
+  std::vector<DISPLAYCONFIG_PATH_INFO> paths;
+  std::vector<DISPLAYCONFIG_MODE_INFO> modes;
 };
 
 // The colour system's per-user associations, by device name: bare file names. The first profile of
@@ -85,6 +121,10 @@ class Notebook {
 
   std::vector<Adapter> adapters;
   std::vector<DesktopMonitor> desktop;
+  DisplayTopology topology;                         // now
+  std::optional<DisplayTopology> extendedTopology;  // what extending makes of it; none: the same
+  UINT32 topologySlack = 0;  // how many paths and modes more than there are the size query says
+  bool sleeps = true;        // false: Sleep returns at once
   ProfileAssociations profiles;
   PlatformState platform;
   uint32_t platformType = 0;
@@ -117,9 +157,11 @@ class Notebook {
 
   std::vector<LogLine> log;
   std::vector<Call> calls;
+  std::vector<MonitorArray> monitorArrays;  // all that there were
 
   size_t CountCalls(const std::string& function) const;
-  void ForgetRecords();  // empties log and calls
+  size_t CountOpenMonitorArrays() const;
+  void ForgetRecords();  // empties log and calls; arrays may still be open
 
  private:
   friend class Recorder;

@@ -15,6 +15,7 @@
 #ifndef VELORA_VELORACTLAPI_H
 #define VELORA_VELORACTLAPI_H
 
+#include <stdbool.h>
 #include <stdint.h>
 
 #if defined(_WIN32) && !defined(VELORA_BUILD)
@@ -164,6 +165,13 @@ VELORA_API int Fini(void);
  * are also stored for the printer link. */
 VELORA_API int Set2DColorTemperature(const Color2DInfo* colorInfo);
 VELORA_API int Set3DColorTemperature(const Color3DInfo* colorInfo);
+
+/* --- Displays ------------------------------------------------------------------------------- */
+
+/* Extends the desktop over all displays, then writes the former first display path back into the
+ * new arrangement. Blocks for 3 seconds. False: the arrangement could not be read, or the former
+ * path not written back, as on a machine with one display; a switch that was made stays. */
+VELORA_API bool SetMonitorExtendMode(void);
 
 /* --- Panel ---------------------------------------------------------------------------------- */
 
@@ -333,7 +341,11 @@ VELORA_API ResultT AddUsrDesignInfo(const UserDesignInfo* modeInfo);
  * The host stores the mode afterwards. ResultFailed: the monitor or its present profile could not
  * be found; ResultFileNotFound, ResultIccError: the mode's profile is missing or was changed,
  * nothing was switched; ResultColorFieldError: the output could not be set, the old profile was put
- * back. */
+ * back.
+ *
+ * With set type 0 there are SrgbMode and P3Mode only; other modes give ResultFailed. Each call writes
+ * VCP feature 224 of the maker's external monitors (6 for sRGB, 1 for P3) and has them store it in
+ * their memory, which wears: never tie it to a slider. */
 VELORA_API ResultT SetColorField(int mode);
 
 #ifdef __cplusplus

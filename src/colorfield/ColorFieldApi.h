@@ -30,6 +30,18 @@ struct MonitorInfo {
   std::wstring deviceKey;
 };
 
+class ColorFieldApi;
+
+// What travels through the enumeration of external monitors.
+struct DdcciRequest {
+  uint8_t vcpCode;
+  uint32_t vcpValue;
+  bool succeeded;              // a monitor has taken the value and kept it
+  bool matched;                // a monitor was taken as the maker's
+  uint32_t byMonitorIdentity;  // 0: the maker is told by the description, 1: by the interface path
+  const ColorFieldApi* owner;
+};
+
 // Switches colour modes: the ICC profile that the operating system associates with the target
 // monitor, and the output of the panel. It knows nothing of the machine until the host has told it.
 // There is one instance, without a lock: it must be used from one thread at a time.
@@ -37,6 +49,7 @@ struct MonitorInfo {
 // A ResultT is 0 for success. Sources by topic:
 //   ColorFieldApi_ModeTables.cpp     registration of modes, look-ups
 //   ColorFieldApi_EnableMode.cpp     the sequence of a switch, the ways of the output
+//   ColorFieldApi_Ddcci.cpp          external monitors
 //   ColorFieldApi_TargetMonitor.cpp  which monitor profiles are associated with
 //   ColorFieldApi_OsProfile.cpp      the profile: query, check, install, associate, put back
 class ColorFieldApi {
@@ -70,6 +83,21 @@ class ColorFieldApi {
   ResultT EnableColorFieldMode(ColorFieldMode mode);
   ResultT EnableColorFieldByDriver(ColorFieldMode mode);
   ResultT EnableColorFieldByPcc(ColorFieldMode mode) const;
+
+  // --- External monitors ---
+
+  // ResultFailed for any mode but sRGB and P3, ResultColorFieldError when no monitor of the maker
+  // takes the mode's value. The monitors tell the maker by their description; when none does, by
+  // the identity in their interface path.
+  ResultT EnableColorFieldByDdcci(ColorFieldMode mode) const;
+  // Writes and saves the value on the maker's physical monitors behind one HMONITOR. Gives what the
+  // enumeration wants to know: 0 to stop.
+  BOOL SetMonitorColorField(HMONITOR monitor, DdcciRequest& request) const;
+  // The same for EnumDisplayMonitors; data is a DdcciRequest*.
+  static BOOL CALLBACK SetMonitorColorFieldProc(HMONITOR monitor, HDC, RECT*, LPARAM data);
+  // By the interface paths of its adapter's monitors.
+  bool IsNorvexMonitorByHmonitor(HMONITOR monitor) const;
+  static bool IsNorvexMonitorName(const std::wstring& name);
 
   // --- Target monitor ---
 

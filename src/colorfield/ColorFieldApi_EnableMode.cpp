@@ -61,6 +61,9 @@ ResultT ColorFieldApi::EnableColorFieldMode(ColorFieldMode mode) {
   log.Info(L"set colorfield mode is:", mode);
   ResultT result = ResultColorFieldError;
   switch (setType_) {
+    case SetTypeDdcci:
+      result = EnableColorFieldByDdcci(mode);
+      break;
     case SetType3DLut:
       result = EnableColorFieldByDriver(mode);
       break;

@@ -15,9 +15,6 @@ namespace {
 constexpr wchar_t kInternalPanelQuery[] =
     L"SELECT * FROM WmiMonitorConnectionParams WHERE VideoOutputTechnology=2147483648";
 
-// In the device string of the maker's external monitors.
-constexpr wchar_t kMakerMark[] = L"NVX";
-
 // A model code is three letters and four hexadecimal digits (the EDID's product id).
 constexpr size_t kModelCodeLength = 7;
 
@@ -81,7 +78,7 @@ MonitorInfo ColorFieldApi::ChooseMonitor(const std::vector<MonitorInfo>& monitor
   std::vector<MonitorInfo> internalMonitors;
   MonitorInfo primaryMonitor;
   for (const MonitorInfo& monitor : monitors) {
-    if (Contains(monitor.deviceString, kMakerMark)) {
+    if (IsNorvexMonitorName(monitor.deviceString)) {
       norvexMonitors.push_back(monitor);
     }
     // Without a model name every monitor counts as internal.

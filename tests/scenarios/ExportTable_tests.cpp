@@ -85,6 +85,8 @@ TEST_F(TablesTest, ExportsAreTheseAndNoOthers) {
       "Fini",
       "Set2DColorTemperature",
       "Set3DColorTemperature",
+      // Displays
+      "SetMonitorExtendMode",
       // Panel
       "GetVendor",
       // Users
@@ -164,7 +166,12 @@ TEST_F(TablesTest, ImportsByName) {
        {"GetPrivateProfileStringW", "GetSystemFirmwareTable", "CreateFileA", "ReadFile",
         "WriteFile", "GetFileSizeEx", "CloseHandle", "CreateEventW", "SetEvent",
         "WaitForSingleObject"}},
-      {"user32.dll", {"EnumDisplayDevicesW", "EnumDisplayMonitors", "GetMonitorInfoW"}},
+      {"user32.dll",
+       {"EnumDisplayDevicesW", "EnumDisplayMonitors", "GetMonitorInfoW",
+        "GetDisplayConfigBufferSizes", "QueryDisplayConfig", "SetDisplayConfig"}},
+      {"dxva2.dll",
+       {"GetNumberOfPhysicalMonitorsFromHMONITOR", "GetPhysicalMonitorsFromHMONITOR",
+        "SetVCPFeature", "SaveCurrentSettings", "DestroyPhysicalMonitors"}},
       {"mscms.dll",
        {"WcsGetDefaultColorProfile", "WcsAssociateColorProfileWithDevice",
         "WcsDisassociateColorProfileFromDevice", "InstallColorProfileW",
@@ -173,6 +180,10 @@ TEST_F(TablesTest, ImportsByName) {
       {"veloraplatform.dll",
        {"PlatformInit", "PlatformFini", "PlatformSet3DLut", "PlatformReset3DLut",
         "PlatformSetPccMatrixInfo"}},
+      {"logkit.dll",
+       {"_ZN8NxLogger11GetInstanceEv",
+        "_ZN8NxLogger3LogE17LOG_MESSAGE_LEVELRNSt7__cxx1118basic_stringstreamIwSt11char_"
+        "traitsIwESaIwEEE"}},
       {"corekit.dll",
        {"LcdLogMessage", "_ZN7CoreKit16IsAdminPrivilegeEv", "_ZN7CoreKit17GetLogonSessionIdEv",
         "_ZN7CoreKit14GetDisplayTypeEv"}},
@@ -195,9 +206,9 @@ TEST_F(TablesTest, NoImportByNumber) {
 
 // Beside the closed libraries it needs nothing that a system does not have.
 TEST_F(TablesTest, ImportedLibraries) {
-  const std::set<std::string> known = {"advapi32.dll",       "kernel32.dll", "msvcrt.dll",
-                                       "user32.dll",         "mscms.dll",    "corekit.dll",
-                                       "veloraplatform.dll", "wmikit.dll"};
+  const std::set<std::string> known = {
+      "advapi32.dll", "kernel32.dll", "msvcrt.dll",  "user32.dll",         "dxva2.dll",
+      "logkit.dll",   "mscms.dll",    "corekit.dll", "veloraplatform.dll", "wmikit.dll"};
   for (const auto& [library, functions] : tables.Imports()) {
     EXPECT_TRUE(known.contains(library)) << library;
   }

@@ -372,11 +372,11 @@ TEST_F(SetColorFieldScenario, ModeThatNobodyKnows) {
 TEST_F(SetColorFieldScenario, BeforeAnyRegistration) {
   virtualnotebook::HostedLibrary& library = library_.emplace();
   virtualnotebook::SetUpNotebook(library.notebook);
-  // Set type 0 with an empty table: refused by the way, after the look-up.
+  // Set type 0 with an empty table: the way looks for an external monitor, and takes the panel.
   EXPECT_EQ(library.SetColorField(P3Mode), ResultColorFieldError);
   EXPECT_TRUE(testsupport::Logged(library.notebook, 3,
-                                  L"PC Displayer ColorField Mode Not Support on this version."
-                                  L"(ColorFieldApi::EnableColorFieldMode)"));
+                                  L"EnableColorFieldByDdcci failed."
+                                  L"(ColorFieldApi::EnableColorFieldByDdcci)"));
 }
 
 // --- The frames of the registration ---
