@@ -61,6 +61,9 @@ Bytes ReadEdidFile(const std::string& path);
 // chromaticities rounded to two decimals. Golden data are calculated for it.
 PanelDescription NominalPanel(const PanelDescription& panel);
 
+// The chromaticity of the panel's light for code values, full scale being 1.
+Xy LightOf(const PanelDescription& panel, const std::array<double, 3>& rgb);
+
 // --- LUTs ----------------------------------------------------------------------------------------
 
 inline constexpr uint8_t kBaseLut = 0;

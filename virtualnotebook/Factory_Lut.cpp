@@ -236,6 +236,14 @@ std::vector<double> MakeGammaLut(const PanelDescription& panel) {
 
 }  // namespace
 
+Xy LightOf(const PanelDescription& panel, const Rgb& rgb) {
+  const Rgb linear = {std::pow(rgb[0], panel.gamma), std::pow(rgb[1], panel.gamma),
+                      std::pow(rgb[2], panel.gamma)};
+  const Rgb xyz = Multiply(RgbToXyz(panel.red, panel.green, panel.blue, panel.white), linear);
+  const double sum = xyz[0] + xyz[1] + xyz[2];
+  return {xyz[0] / sum, xyz[1] / sum};
+}
+
 std::vector<double> MakeLut(const PanelDescription& panel, uint8_t lutType) {
   switch (lutType) {
     case kBaseLut:

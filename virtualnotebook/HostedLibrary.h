@@ -52,6 +52,8 @@ class HostedLibrary {
   HOSTED_EXPORT(Fini);
   HOSTED_EXPORT(Set2DColorTemperature);
   HOSTED_EXPORT(Set3DColorTemperature);
+  HOSTED_EXPORT(TransColorTemperatureConfigToRGB);
+  HOSTED_EXPORT(Fusion);
   HOSTED_EXPORT(SetMonitorExtendMode);
   HOSTED_EXPORT(GetVendor);
   HOSTED_EXPORT(SwitchUser);
@@ -106,6 +108,14 @@ class HostedLibrary {
   HOSTED_EXPORT(AddColorFieldModeInfo);
   HOSTED_EXPORT(AddUsrDesignInfo);
   HOSTED_EXPORT(SetColorField);
+  HOSTED_EXPORT(SetUserColorField);
+  HOSTED_EXPORT(WhitePointFineTue);
+  HOSTED_EXPORT(SaveUserSelfColor);
+  HOSTED_EXPORT(EditUserColorField);
+  HOSTED_EXPORT(DeleteUserSelfColor);
+  HOSTED_EXPORT(SyncSysColorField);
+  HOSTED_EXPORT(SyncCurrentModeIccFile);
+  HOSTED_EXPORT(ResetColorField);
 #undef HOSTED_EXPORT
 };
 

@@ -2,8 +2,10 @@
 
 #include <windows.h>
 
+#include <direct.h>
 #include <icm.h>
 #include <io.h>
+#include <stdio.h>
 
 #include <string>
 
@@ -65,7 +67,11 @@ const ImportedFunction kImports[] = {
     FORWARDED("kernel32.dll", GetModuleFileNameW),
     ANSWERED("kernel32.dll", GetSystemFirmwareTable),
     ANSWERED("kernel32.dll", Sleep),
+    FORWARDED("kernel32.dll", CopyFileW),
     FORWARDED("msvcrt.dll", _access),
+    FORWARDED("msvcrt.dll", _mkdir),
+    FORWARDED("msvcrt.dll", remove),
+    FORWARDED("msvcrt.dll", rename),
 
     ANSWERED("user32.dll", EnumDisplayDevicesW),
     ANSWERED("user32.dll", EnumDisplayMonitors),

@@ -10,10 +10,10 @@
 // The pipeline, on display code values and for each pixel:
 //
 //   8 bits a channel
-//   -> widened to 10 bits, so that 255 becomes 1023
-//   -> gamma LUT:  1024 triples by input level, 0 to 4095; without one the level itself
 //   -> 3D LUT:     17 x 17 x 17 triples, 0 to 1023; full scale meets the last grid point; between
 //                  the points tetrahedral interpolation; without one nothing happens
+//   -> gamma LUT:  1024 triples by input level, 0 to 4095, the nearest level's; without one nothing
+//                  happens. It is behind the 3D LUT, so that its slopes set the panel's white
 //   -> matrix:     (R', G', B') = matrix (R, G, B), full scale being 1, cut off at 0 and 1
 //   -> gains:      one factor a channel from the colour temperature
 //   -> rounded to 8 bits

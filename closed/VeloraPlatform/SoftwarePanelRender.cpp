@@ -10,7 +10,7 @@ namespace {
 
 using Rgb = std::array<double, 3>;
 
-constexpr size_t kInputLevels = 256;
+constexpr double kInputMaximum = 255;
 
 constexpr double kSliderNeutral = 183;  // the middle of 0 to 366
 constexpr Rgb kWarmest = {1.0, 0.85, 0.7};
@@ -22,26 +22,19 @@ constexpr double kColorBlueOn = 255;
 // viewer.
 double Unit(double value) { return value > 0 ? std::min(value, 1.0) : 0; }
 
-// The gamma LUT's output for each 8-bit input level, full scale being 1.
-std::array<Rgb, kInputLevels> MakeGammaTable(const State& state) {
-  std::array<Rgb, kInputLevels> table;
-  for (size_t input = 0; input < kInputLevels; ++input) {
-    const double unit = static_cast<double>(input) / (kInputLevels - 1);
-    if (state.hasGammaLut) {
-      const auto level = static_cast<size_t>(std::lround(unit * (kGammaEntries - 1)));
-      for (size_t c = 0; c < 3; ++c) {
-        table[input][c] = Unit(state.gammaLut[level * 3 + c] / kGammaMaximum);
-      }
-    } else {
-      table[input].fill(unit);
-    }
+// Each channel's entry of the gamma LUT, at the nearest of its levels.
+Rgb LookUpGamma(const double* lut, const Rgb& rgb) {
+  Rgb result;
+  for (size_t c = 0; c < 3; ++c) {
+    const auto level = static_cast<size_t>(std::lround(rgb[c] * (kGammaEntries - 1)));
+    result[c] = Unit(lut[level * 3 + c] / kGammaMaximum);
   }
-  return table;
+  return result;
 }
 
 // Walks from the cell's lowest corner to its highest along the axes, the one with the largest
 // fraction first: the four corners on the way span the tetrahedron that holds the point.
-Rgb LookUp(const double* lut, const Rgb& rgb) {
+Rgb LookUp3D(const double* lut, const Rgb& rgb) {
   struct Axis {
     double fraction;
     size_t stride;  // in entries
@@ -112,13 +105,16 @@ Rgb MakeGains(const State& state) {
 }  // namespace
 
 void Render(const State& state, std::span<const uint8_t> pixels, std::span<uint8_t> shown) {
-  const std::array<Rgb, kInputLevels> gamma = MakeGammaTable(state);
   const Rgb gains = MakeGains(state);
   const size_t size = std::min(pixels.size(), shown.size());
   for (size_t i = 0; i + 3 <= size; i += 3) {
-    Rgb rgb = {gamma[pixels[i]][0], gamma[pixels[i + 1]][1], gamma[pixels[i + 2]][2]};
+    Rgb rgb = {pixels[i] / kInputMaximum, pixels[i + 1] / kInputMaximum,
+               pixels[i + 2] / kInputMaximum};
     if (state.has3DLut) {
-      rgb = LookUp(state.lut3D, rgb);
+      rgb = LookUp3D(state.lut3D, rgb);
+    }
+    if (state.hasGammaLut) {
+      rgb = LookUpGamma(state.gammaLut, rgb);
     }
     if (state.hasMatrix) {
       rgb = Multiply(state.matrix, rgb);

@@ -140,6 +140,13 @@ typedef struct ColorTemperatureConfig {
   double y;
 } ColorTemperatureConfig;
 
+/* Gains of the three channels: 1 leaves the channel as it is. */
+typedef struct ColorTemperatureRgb {
+  double r;
+  double g;
+  double b;
+} ColorTemperatureRgb;
+
 /* Gains and side values of one colour temperature: what the platform takes, 40 bytes. */
 typedef struct Color3DInfo {
   double r; /* gains: 1 leaves the channel as it is */
@@ -155,6 +162,12 @@ typedef struct Color2DInfo {
   uint32_t colorBlue;   /* as in Color3DInfo */
 } Color2DInfo;
 
+/* What a feature brings into a fusion. */
+typedef struct FusionInfo {
+  uint32_t status;       /* the feature's new state: 1 is on */
+  Color3DInfo colorInfo; /* its gains and side values */
+} FusionInfo;
+
 /* --- Platform ------------------------------------------------------------------------------- */
 
 /* Starts and stops the platform library. Result: the platform's, 0 for success. Not logged. */
@@ -165,6 +178,23 @@ VELORA_API int Fini(void);
  * are also stored for the printer link. */
 VELORA_API int Set2DColorTemperature(const Color2DInfo* colorInfo);
 VELORA_API int Set3DColorTemperature(const Color3DInfo* colorInfo);
+
+/* --- Colour mathematics ----------------------------------------------------------------------- */
+
+/* A point of a colour circle with the centre (radius, radius), y growing downwards, as gains in
+ * (0, 1]. Points beyond the rim are the rim's. rgb stays as it is at the centre, for a negative
+ * radius, and where no gain can be calculated: preset it to 1, 1, 1. No record may be null. */
+VELORA_API void TransColorTemperatureConfigToRGB(const ColorTemperatureConfig* config,
+                                                 double radius, ColorTemperatureRgb* rgb);
+
+/* The one colour temperature that goes to the platform when a feature has changed: its gains
+ * multiplied by those of the other features, as the settings hold them. feature:
+ *   FEATURE_TYPE_WHITEPOINT     reads input's status
+ *   FEATURE_TYPE_TEMPERATURE    reads input's colorInfo
+ *   FEATURE_TYPE_NATURAL_COLOR  reads r, g and b of it
+ * Any other gives neutral gains, and so does the white point on a platform that takes no fusion.
+ * Not logged. Any thread; neither record may be null. */
+VELORA_API void Fusion(uint32_t feature, const FusionInfo* input, Color3DInfo* output);
 
 /* --- Displays ------------------------------------------------------------------------------- */
 
@@ -343,10 +373,58 @@ VELORA_API ResultT AddUsrDesignInfo(const UserDesignInfo* modeInfo);
  * nothing was switched; ResultColorFieldError: the output could not be set, the old profile was put
  * back.
  *
- * With set type 0 there are SrgbMode and P3Mode only; other modes give ResultFailed. Each call writes
- * VCP feature 224 of the maker's external monitors (6 for sRGB, 1 for P3) and has them store it in
- * their memory, which wears: never tie it to a slider. */
+ * With set type 0 there are SrgbMode and P3Mode only; other modes give ResultFailed. Each call
+ * writes VCP feature 224 of the maker's external monitors (6 for sRGB, 1 for P3) and has them store
+ * it in their memory, which wears: never tie it to a slider. */
 VELORA_API ResultT SetColorField(int mode);
+
+/* Switches to the registered user mode of this id, by its own profile and LUT files, and makes it
+ * the current user mode. On failure the old profile is put back.
+ * ResultFailed: no mode of this name is registered; ResultFileNotFound, ResultIccError: its profile
+ * is missing, changed or refused; ResultColorFieldError: no target monitor, or a LUT could not be
+ * set. */
+VELORA_API ResultT SetUserColorField(const char* id);
+
+/* Shows the record's gains, 0.89999 to 1.00001 each, on its mode's gamma LUT at once; gains out of
+ * range become 1, in the record and in the store. Stores nothing else.
+ * ResultFailed: the mode's gamma LUT is not there or is dark; else the platform's result. */
+VELORA_API ResultT WhitePointFineTue(WhitePointFineTueInfo* whitePoint);
+
+/* Designs a user mode: calculates its 3D LUT and gamma LUT from the panel's EDID and the record's
+ * gamut (1 to 6; 1 sRGB, 2 P3), white point (CIE xy) and gamma, makes its profile, stores all of
+ * it, registers the mode and switches to it. Needs write access to the system's profile directory
+ * and to HKEY_LOCAL_MACHINE. Ids have at most 51 bytes, mode names at most 46 letters of ASCII: the
+ * profile of a longer name never passes its check.
+ * A failure leaves what was done before it. ResultColorFieldError: no valid LUT, or a file or a
+ * text field refused; ResultFailed: the registry refused; else the switch's result. */
+VELORA_API ResultT SaveUserSelfColor(const UserDesignInfo* userDesignInfo);
+
+/* Changes the registered user mode oldId and switches to it. Other colours make all files anew;
+ * another id, name or description renames the LUT files and makes the profile anew, and a failure
+ * of that puts the old names back. ResultColorFieldError: nothing was stored; else the switch's
+ * result, and the change stays. */
+VELORA_API ResultT EditUserColorField(const UserDesignInfo* userDesignInfo, const char* oldId);
+
+/* Takes a user mode out of the table. Files, output and profile stay; the stored record goes with
+ * DeleteUserDesignReg. ResultFailed: no such mode. */
+VELORA_API ResultT DeleteUserSelfColor(const char* id);
+
+/* --- Colour modes and the system's profile: one calling thread at a time -----------------------
+ */
+
+/* The system's profile decides: works out which registered mode it belongs to and switches the
+ * output to it, unless that mode is the stored one. A user mode is switched to in any case. The
+ * mode, for the host to store: USRDESIGN_MODE for a user mode, the default mode for an unknown
+ * profile, the stored mode (or -1) where the monitor has no profile; -1 on failure. */
+VELORA_API int SyncSysColorField(void);
+
+/* The stored mode decides: a monitor without any profile gets the one of the stored mode. false
+ * when that failed. */
+VELORA_API bool SyncCurrentModeIccFile(void);
+
+/* Takes the output back to the stored reset mode, by the stored set type. ResultNotSet: none is
+ * stored, or set type 4; ResultColorFieldError: a set type beyond 4; else the way's result. */
+VELORA_API ResultT ResetColorField(void);
 
 #ifdef __cplusplus
 }

@@ -8,8 +8,12 @@
 #include <vector>
 
 #include "VeloraPlatform/VeloraPlatform.h"
+#include "colormath/UsrDesignAlgo.h"
+#include "frame/Log.h"
+#include "icc/ICCProfileOperation.h"
 #include "icc/IccFileCheck.h"
 #include "lut/ColorField3DLut.h"
+#include "settings/UserDesignReg.h"
 #include "velora/VeloraCtlApi.h"
 
 namespace velora {
@@ -19,6 +23,7 @@ enum : ColorFieldSetType {
   SetTypeDdcci = 0,      // external monitor
   SetType3DLut = 1,      // 3D LUT through the display driver
   SetTypePccMatrix = 2,  // PCC matrix through the display driver
+  SetTypeGammaLut = 3,   // gamma LUT and 3D LUT through the display driver
 };
 
 // One display device as the system lists it.
@@ -49,9 +54,10 @@ struct DdcciRequest {
 // A ResultT is 0 for success. Sources by topic:
 //   ColorFieldApi_ModeTables.cpp     registration of modes, look-ups
 //   ColorFieldApi_EnableMode.cpp     the sequence of a switch, the ways of the output
-//   ColorFieldApi_Ddcci.cpp          external monitors
-//   ColorFieldApi_TargetMonitor.cpp  which monitor profiles are associated with
-//   ColorFieldApi_OsProfile.cpp      the profile: query, check, install, associate, put back
+//   ColorFieldApi_UserModes.cpp      the same for user modes, and the fine tuning of the white
+//   point ColorFieldApi_Ddcci.cpp          external monitors ColorFieldApi_TargetMonitor.cpp  which
+//   monitor profiles are associated with ColorFieldApi_OsProfile.cpp      the profile: query,
+//   check, install, associate, put back
 class ColorFieldApi {
  public:
   static ColorFieldApi& GetInstance();
@@ -83,6 +89,27 @@ class ColorFieldApi {
   ResultT EnableColorFieldMode(ColorFieldMode mode);
   ResultT EnableColorFieldByDriver(ColorFieldMode mode);
   ResultT EnableColorFieldByPcc(ColorFieldMode mode) const;
+  ResultT EnableColorFieldByGamma(ColorFieldMode mode);
+
+  // Profile and output of a user mode; a failure of either puts the old profile back.
+  ResultT SetUserColorField(const std::string& id);
+  // The same, and a failure of the output leaves the new profile. A success makes it the current
+  // user mode. reload reads the LUT files again.
+  ResultT EnableUserColorField(const std::string& id, bool reload);
+  ResultT EnableUsrICCProfile(const std::string& modeName);
+
+  // --- User-designed modes ---
+
+  // Makes the three files of a new mode, stores it, adds it to the table and switches to it. A
+  // failure leaves what was done before it.
+  ResultT SaveUserSelfColor(const UserDesignInfo& info);
+  // The same for a mode that has the id oldId; a change of id or name alone calculates no LUT.
+  ResultT EditUserColorField(const UserDesignInfo& info, const std::string& oldId);
+  // From the table only. ResultFailed for an id without a row.
+  ResultT DeleteUserSelfColor(const std::string& id);
+
+  // Shows the gains on the panel at once; gains out of range become 1, in the record and the store.
+  ResultT WhitePointFineTue(WhitePointFineTueInfo* whitePoint);
 
   // --- External monitors ---
 
@@ -98,6 +125,16 @@ class ColorFieldApi {
   // By the interface paths of its adapter's monitors.
   bool IsNorvexMonitorByHmonitor(HMONITOR monitor) const;
   static bool IsNorvexMonitorName(const std::wstring& name);
+
+  // --- In line with the system ---
+
+  // Switches the output to the mode of the system's profile. That mode, USRDESIGN_MODE for a user
+  // mode, the stored mode where there is no profile, -1 on failure. Stores nothing.
+  ColorFieldMode SyncSysColorField();
+  // Associates the stored mode's profile with a monitor that has none. False when that failed.
+  bool SyncCurrentModeIccFile();
+  // Takes the output back to the stored reset mode. ResultNotSet where none is stored.
+  ResultT ResetColorField() const;
 
   // --- Target monitor ---
 
@@ -125,6 +162,9 @@ class ColorFieldApi {
   ResultT SetOsIccFileWithCheck(const std::string& path);
   ResultT CheckTargetIccFileIsValid(const std::string& path, const char* digestPath) const;
 
+  // For user profiles: the file must carry its own hash, and the mode's name.
+  ResultT SetUsrIccFileWithCheck(const std::string& path, const std::string& modeName);
+
   // Installs and associates without a check.
   ResultT SetOsIccFile(const std::wstring& path);
   // A failure leaves the handles open that it has opened.
@@ -142,6 +182,19 @@ class ColorFieldApi {
                             const std::wstring& modelName) const;
   void CloseProfileHandles();
 
+  // Makes all files of a mode; its iccPath becomes that of the profile in the temporary directory.
+  ResultT CreateFileByUsrDesignInfo(UserDesignInfo& info);
+  bool IsUserDesignDataChange(const UserDesignInfo& info, const std::string& oldId) const;
+  ResultT EditUserDesignData(UserDesignInfo& info, const std::string& oldId, UserDesignInfo& out);
+  ResultT EditUserDesignDescription(UserDesignInfo& info, const std::string& oldId,
+                                    UserDesignInfo& out);
+
+  // The first preset mode whose profile path contains the file name.
+  std::vector<ColorFieldModeInfo>::const_iterator FindPresetByIcc(const std::string& iccName) const;
+  // Parts of SyncCurrentModeIccFile, with its log.
+  bool AssociatePreset(ColorFieldMode mode, const FunctionLog& log);
+  bool AssociateCurrentUserMode(const FunctionLog& log);
+
   MonitorInfo targetMonitorInfo_;
   HPROFILE profileHandles_[2] = {};   // the profile being installed; the standard sRGB profile
   std::wstring primaryDisplayName_;   // adapter of the primary monitor seen last
@@ -154,6 +207,9 @@ class ColorFieldApi {
   std::vector<UserDesignInfo> modeUsrDesignVec_;
   ColorField3DLut colorField3DLut_;
   IccFileCheck iccFileCheck_;
+  UsrDesignAlgo usrDesignAlgo_;
+  UserDesignReg userDesignReg_;
+  ICCProfileOperation iccProfileOperation_;
 };
 
 }  // namespace velora

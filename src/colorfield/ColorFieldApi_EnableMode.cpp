@@ -70,6 +70,9 @@ ResultT ColorFieldApi::EnableColorFieldMode(ColorFieldMode mode) {
     case SetTypePccMatrix:
       result = EnableColorFieldByPcc(mode);
       break;
+    case SetTypeGammaLut:
+      result = EnableColorFieldByGamma(mode);
+      break;
     default:
       log.Error(L"PC Displayer ColorField Mode Not Support on this version.");
       break;
@@ -85,6 +88,23 @@ ResultT ColorFieldApi::EnableColorFieldByDriver(ColorFieldMode mode) {
   if (!IsDisplayTypeKnown(mode, log)) {
     return ResultFailed;
   }
+  if (!colorField3DLut_.SetDisplayerBy3DLut(mode)) {
+    log.Error(L"SetDisplayerBy3DLut Failed, mode is ", mode);
+    return ResultColorFieldError;
+  }
+  return ResultOk;
+}
+
+ResultT ColorFieldApi::EnableColorFieldByGamma(ColorFieldMode mode) {
+  constexpr FunctionLog log("ColorFieldApi::EnableColorFieldByGamma");
+  if (!IsDisplayTypeKnown(mode, log)) {
+    return ResultFailed;
+  }
+  if (!colorField3DLut_.SetDisplayerByGammaLut(mode)) {
+    log.Error(L"SetDisplayerByGammalut Failed, mode is ", mode);
+    return ResultColorFieldError;
+  }
+  // The gamma LUT stays applied when the 3D LUT fails.
   if (!colorField3DLut_.SetDisplayerBy3DLut(mode)) {
     log.Error(L"SetDisplayerBy3DLut Failed, mode is ", mode);
     return ResultColorFieldError;

@@ -104,6 +104,20 @@ ResultT ColorFieldApi::CheckTargetIccFileIsValid(const std::string& path,
   return ResultOk;
 }
 
+ResultT ColorFieldApi::SetUsrIccFileWithCheck(const std::string& path,
+                                              const std::string& modeName) {
+  constexpr FunctionLog log("ColorFieldApi::SetUsrIccFileWithCheck");
+  if (!FileExists(path)) {
+    log.Error(L"Icc File:", path, L" Not Found!");
+    return ResultFileNotFound;
+  }
+  if (!iccProfileOperation_.ICCProfileSha256Check(path, modeName)) {
+    log.Error(L"Icc File Be Modified! fileName:", path);
+    return ResultIccError;
+  }
+  return SetOsIccFile(CoreKit::StringToWString(path));
+}
+
 ResultT ColorFieldApi::SetOsIccFile(const std::wstring& path) {
   constexpr FunctionLog log("ColorFieldApi::SetOsIccFile");
   if (path.empty()) {

@@ -34,7 +34,10 @@ using DecodedLut = std::unique_ptr<double[]>;
 //   ColorField3DLut_PanelIdentity.cpp  the panel's EDID, compared with a block's header
 //   ColorField3DLut_Extraction.cpp     firmware table or golden file to bin file
 //   ColorField3DLut_DataFiles.cpp      reading and writing of data files
-//   ColorField3DLut_3DApply.cpp        bin file to panel
+//   ColorField3DLut_3DApply.cpp        3D LUTs: bin file, or a user's file, to panel
+//   ColorField3DLut_GammaApply.cpp     the same for gamma LUTs
+//   ColorField3DLut_WhitePoint.cpp     a fine-tuned white point on the way to the panel
+//   ColorField3DLut_UserFiles.cpp      writing the files of user modes
 //   ColorField3DLut_Ebook.cpp          the e-book mode's LUT, composed with the panel's own
 class ColorField3DLut {
  public:
@@ -114,6 +117,65 @@ class ColorField3DLut {
   bool Sync3DLutDataTable(ColorFieldMode mode);
   bool ParseOneLutDataFile3D(ColorFieldMode mode, const uint8_t* data, size_t length);
 
+  // A user mode's LUT, composed with the firmware's base LUT while the panel is the factory's, else
+  // as it is. reload drops what is cached of the id first.
+  bool SetDisplayerByUser3DLut(const std::string& id, bool reload);
+  bool Get3DLutDataFromBin(const std::string& id);
+  bool ParseUserLut3D(const std::string& id, const uint8_t* data, size_t length);
+
+  // False for null, and for a LUT whose white corner has a component below 1e-16.
+  bool IsThreeDLutDataValid(const double* lut);
+
+  // --- Gamma apply ---
+
+  // Hands the mode's gamma LUT, with its fine-tuned white point, to the platform.
+  bool SetDisplayerByGammaLut(ColorFieldMode mode);
+  bool SyncGammaLutDataTable(ColorFieldMode mode);
+  bool ParseOneLutDataFileGamma(ColorFieldMode mode, const uint8_t* data, size_t length);
+
+  // The same for a user mode; reload drops what is cached of the id first.
+  bool SetDisplayerByUserGammaLut(const std::string& id, bool reload);
+  bool GetGammaLutDataFromBin(const std::string& id);
+  bool ParseUserLutGamma(const std::string& id, const uint8_t* data, size_t length);
+
+  // False for null, and for a LUT whose last entry has a component below 1e-16.
+  bool IsGammaLutDataValid(const double* lut);
+
+  // The decoded LUT of the record's mode, or of its id for USRDESIGN_MODE; null without one. Only a
+  // preset mode's is loaded for it.
+  double* FindGammalutByMode(const WhitePointFineTueInfo& record);
+
+  // --- White point ---
+
+  // What is stored; gains of 0 where nothing is, or can't be read.
+  WhitePointFineTueInfo GetPresetModeWhitePoint(ColorFieldMode mode);
+  WhitePointFineTueInfo GetUsrModeWhitePoint(const std::string& id);
+
+  bool IsWhitePointValueValid(const WhitePointFineTueInfo& record);
+
+  // out = in with the record's gains. Gains out of range become 1, in the record and in the store.
+  bool FusionGammaLut(const double* in, double* out, WhitePointFineTueInfo& record);
+
+  // Hands the mode's gamma LUT with the record's gains to the platform. 0, 1, or the platform's
+  // result.
+  int EditGammaLutByWhitePoint(WhitePointFineTueInfo& record);
+
+  // --- User files ---
+
+  // Write a LUT into the user's temporary directory, which must exist; the path, empty on failure.
+  std::string SaveUser3DLutBin(const double* lut, const std::string& id);
+  std::string SaveUserGammaLutBin(const double* lut, const std::string& id);
+
+  // count: k3DEntries; with any other the header is a gamma LUT's.
+  bool CreateUserBinFile(const std::string& path, const double* lut, int count);
+
+  // Kinds of user files.
+  enum : int { UserLut3D = 1, UserLutGamma = 3 };
+  // head: length zeroed bytes, at least kBlockHeaderSize.
+  bool CreateUserLutHead(char* head, int type, int length);
+  bool WriteLutDataToBin(const std::string& path, const double* lut, int count);
+  bool Sha256UserLut(const std::string& path, int count);
+
   // --- E-book ---
 
   // True when a fused LUT was written.
@@ -139,12 +201,17 @@ class ColorField3DLut {
   bool DecodeBlockOfTable(ColorFieldMode mode, LutBuffer& buffer, double* out,
                           const FunctionLog& log);
 
+  static void DropCachedLut(std::map<std::string, DecodedLut>& table, const std::string& id);
+
   LcdEdidParse lcdEdidParse_;
   BiosHeaderV2 biosHeaderV2_;  // the block header parsed last, whichever operation did that
   BiosControlHeader biosControlHeader;  // the control header parsed last
   bool edidLoaded_ = false;
   bool gammaFromGolden_ = false;
   std::map<int, DecodedLut> lutData3DTable_;
+  std::map<int, DecodedLut> lutDataGammaTable_;
+  std::map<std::string, DecodedLut> userLutData3DTable_;
+  std::map<std::string, DecodedLut> userLutDataGammaTable_;
   std::map<int, std::string> lutFileTable;
   std::string gammaLutFile_;
   std::map<int, double> modeGammaTable_;

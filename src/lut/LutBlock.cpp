@@ -3,6 +3,17 @@
 #include "panel/ByteOrder.h"
 
 namespace velora {
+namespace {
+
+// Towards zero. What no int32_t holds, and what is no number, becomes the lowest, as in the
+// processor's own conversion: a calculated LUT may hold it.
+uint32_t Truncate(double value) {
+  constexpr double kBound = 2147483648.0;
+  const bool fits = value > -kBound - 1 && value < kBound;
+  return static_cast<uint32_t>(fits ? static_cast<int32_t>(value) : INT32_MIN);
+}
+
+}  // namespace
 
 void DecodeLut(std::span<const uint8_t> block, int entries, double* out) {
   const auto count = static_cast<size_t>(entries);
@@ -20,9 +31,9 @@ void EncodeLut(const double* lut, int entries, uint8_t* data) {
   const auto count = static_cast<size_t>(entries);
   uint8_t* extension = data + 4 * count;
   for (size_t i = 0; i < count; ++i, lut += 3, data += 4) {
-    const auto r = static_cast<uint32_t>(static_cast<int32_t>(lut[0]));
-    const auto g = static_cast<uint32_t>(static_cast<int32_t>(lut[1]));
-    const auto b = static_cast<uint32_t>(static_cast<int32_t>(lut[2]));
+    const uint32_t r = Truncate(lut[0]);
+    const uint32_t g = Truncate(lut[1]);
+    const uint32_t b = Truncate(lut[2]);
     WriteBe32(r << 24 | g << 12 | b, data);
     extension[i] = static_cast<uint8_t>(r >> 8);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colormath/ColorTemperatureTrans.h"
 #include "settings/IniHelper.h"
 #include "settings/MultiUserReg.h"
 #include "settings/RegisterHelper.h"
@@ -28,8 +29,16 @@ class ColorTemperatureReg : public RegisterHelper, public MultiUserReg, public I
   ResultT GetColorTemperatureConfig(ColorTemperatureConfig* colorConfig);
   ResultT SetColorTemperatureConfig(const ColorTemperatureConfig* colorConfig);
 
+  // A point as gains; nothing of it reaches the store.
+  void TransColorTemperatureConfigToRGB(const ColorTemperatureConfig* config, double radius,
+                                        ColorTemperatureRgb* rgb) {
+    colorTemperatureTrans_.TransColorTemperatureConfigToRGB(config, radius, rgb);
+  }
+
  private:
   ResultT GetDefaultColorConfig(ColorTemperatureConfig* colorConfig) const;
+
+  ColorTemperatureTrans colorTemperatureTrans_;
 };
 
 }  // namespace velora

@@ -169,17 +169,17 @@ TEST_F(SoftwarePanelRender, Temperature2D_NeutralInTheMiddle) {
 }
 
 // Each part changes what the next one gets: another order would show another colour.
-TEST_F(SoftwarePanelRender, Order_GammaLutThen3DLutThenMatrixThenGains) {
-  SetGammaLut([](int level, int) { return std::min(4095.0, level * 8.0); });  // doubles, cuts off
+TEST_F(SoftwarePanelRender, Order_3DLutThenGammaLutThenMatrixThenGains) {
   Set3DLut([](const Rgb& rgb) { return Rgb{1 - rgb[0], rgb[1], rgb[2]}; });
+  SetGammaLut([](int level, int) { return std::min(4095.0, level * 2.0); });  // halves
   const double matrix[9] = {0.5, 0, 0, 1, 0, 0, 0, 0, 1};
   std::copy(std::begin(matrix), std::end(matrix), state_->matrix);
   state_->hasMatrix = 1;
   state_->temperatureKind = softwarepanel::kTemperature3D;
   state_->temperature3D = {1, 0.5, 1, 0, 0};
-  // 51 is level 204.6: 205, so 1640 of 4095 = 0.40049; inverted 0.59951. Red: a half of that, 76.4;
-  // green: red of the LUT, halved by its gain, 76.4. Blue 204 is cut off at full scale.
-  EXPECT_EQ(Show({51, 0, 204}), (Pixel{76, 76, 255}));
+  // 51 is inverted to 204, level 818.4: 818, so 1636 of 4095 = 0.39951. Red: a half of that, 50.94;
+  // green: red of the gamma LUT, halved by its gain, 50.94. Blue 204: 0.39951 of 255, 101.9.
+  EXPECT_EQ(Show({51, 0, 204}), (Pixel{51, 51, 102}));
 }
 
 TEST_F(SoftwarePanelRender, InPlaceAndUnequalLengths) {
@@ -201,8 +201,10 @@ TEST_F(SoftwarePanelRender, NonsenseInTheStateIsShownAsBlackOrWhite) {
   EXPECT_EQ(Show({9, 9, 9}), (Pixel{0, 255, 0}));
   std::fill(std::begin(state_->lut3D), std::end(state_->lut3D), nan);
   state_->has3DLut = 1;
+  state_->hasGammaLut = 0;
   EXPECT_EQ(Show({9, 9, 9}), (Pixel{0, 0, 0}));
   state_->has3DLut = 0;
+  state_->hasGammaLut = 1;
   std::fill(std::begin(state_->matrix), std::end(state_->matrix), infinity);
   state_->hasMatrix = 1;
   EXPECT_EQ(Show({9, 9, 9}), (Pixel{0, 0, 0})) << "infinity times zero";

@@ -55,6 +55,7 @@ HMONITOR Handle(size_t number) { return reinterpret_cast<HMONITOR>(number); }
 // once, and nothing but the colour mode's code and its two values leaves.
 class ColorFieldApiDdcci : public testsupport::NotebookTest {
  protected:
+  ColorFieldApiDdcci() { notebook.ForgetRecords(); }  // of the construction of api
   void TearDown() override {
     for (const auto& array : notebook.monitorArrays) {
       EXPECT_EQ(array.destroyed, 1u) << "of monitor " << array.desktopIndex;

@@ -55,6 +55,7 @@ class ColorFieldTest : public testsupport::NotebookTest {
     testsupport::WriteFileBytes(digestPath, Digest());
     testsupport::WriteFileBytes(InstalledPath("VeloraOld.icc"),
                                 virtualnotebook::MakePresetProfile(virtualnotebook::kSrgbLut));
+    notebook.ForgetRecords();  // of the construction of api
   }
   ~ColorFieldTest() override {
     for (const char* name : {"VeloraOld.icc", "VeloraNew.icc"}) {

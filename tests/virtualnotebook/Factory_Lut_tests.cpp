@@ -173,5 +173,18 @@ TEST(Factory, MakeLut_RefusesWhatIsNoLutOrNoPanel) {
   EXPECT_THROW(MakeLut(dark, kSrgbLut), std::invalid_argument);
 }
 
+TEST(Factory, LightOf_FullScaleIsThePanelsWhiteAndPrimaries) {
+  const PanelDescription panel;
+  const auto expect = [&](const std::array<double, 3>& rgb, Xy light) {
+    EXPECT_NEAR(light.x, LightOf(panel, rgb).x, 1e-12);
+    EXPECT_NEAR(light.y, LightOf(panel, rgb).y, 1e-12);
+  };
+  expect({1, 1, 1}, panel.white);
+  expect({0.5, 0.5, 0.5}, panel.white);
+  expect({1, 0, 0}, panel.red);
+  expect({0, 0.3, 0}, panel.green);
+  expect({0, 0, 1}, panel.blue);
+}
+
 }  // namespace
 }  // namespace virtualnotebook

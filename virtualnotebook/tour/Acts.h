@@ -25,8 +25,15 @@ struct Act {
   const char* story;  // one sentence
   Report (*play)(Stage& stage);
   const char* picture;  // file name of what the panel shows afterwards; null: none
+  // Further pictures, for a directory; null: none.
+  void (*draw)(Stage& stage, const std::string& directory) = nullptr;
 };
 
-std::span<const Act> AllActs();
+// Each group starts a host of its own.
+std::span<const Act> PresetActs();       // one mode and damaged data
+std::span<const Act> WayActs();          // the same mode by each way to the panel
+std::span<const Act> ColourMathsActs();  // the colour circle and fusion
+std::span<const Act> UserModeActs();     // a mode of the user's own, from design to deletion
+std::vector<Act> AllActs();
 
 }  // namespace tour

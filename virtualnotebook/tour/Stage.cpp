@@ -1,8 +1,10 @@
 #include "virtualnotebook/tour/Stage.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -12,11 +14,25 @@ namespace {
 
 using namespace virtualnotebook;
 
-constexpr ColorFieldSetType k3DLutWay = 1;
+constexpr wchar_t kExternalDeviceId[] = L"DISPLAY\\NVX2701\\5&2b3c4d&0&UID256";
+
+// What the host stores; another tour's fine tuning would show in the acts.
+constexpr wchar_t kSettingsKey[] = L"SOFTWARE\\Norvex\\Velora";
+
+// The machine, and what the library stored and the user designed on it.
+void RemoveTraces() {
+  RemoveMachine();
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kSettingsKey);
+  std::filesystem::remove_all(MachineDirs().data + "\\User");
+  for (const char* id : kUserModeIds) {
+    std::filesystem::remove(std::string("C:\\Windows\\System32\\spool\\drivers\\color\\") + id +
+                            "_usr.icc");
+  }
+}
 
 // Bin files of an earlier tour would make its first act a warm one.
 InstalledFiles InstallAnew(const MachineData& machine) {
-  RemoveMachine();
+  RemoveTraces();
   return InstallMachine(machine);
 }
 
@@ -35,9 +51,9 @@ void CopyText(char (&field)[size], const std::string& text) {
   std::memcpy(field, text.c_str(), text.size() + 1);
 }
 
-ColorFieldInitInfo InitInfoOf(const InstalledFiles& files) {
+ColorFieldInitInfo InitInfoOf(const InstalledFiles& files, ColorFieldSetType way) {
   ColorFieldInitInfo info = {};
-  info.setType = k3DLutWay;
+  info.setType = way;
   info.defaultMode = SrgbMode;
   CopyText(info.pIccCheckFilePath, files.digestFile);
   CopyText(info.goldenFilePath, files.goldenName);
@@ -48,6 +64,7 @@ ColorFieldModeInfo ModeInfoOf(const InstalledFiles& files, ColorFieldMode mode, 
   ColorFieldModeInfo info = {};
   info.mode = mode;
   CopyText(info.iccPath, files.Profile(gamut));
+  std::ranges::copy(kPccMatrix, info.PlatformPccMatrix);
   info.gamma = 2.2;
   info.gamut = gamut;
   info.temperR = info.temperG = info.temperB = 1;
@@ -74,14 +91,14 @@ Stage::Stage(const Bytes& edid)
 
 Stage::~Stage() {
   library_.reset();
-  RemoveMachine();
+  RemoveTraces();
 }
 
 std::string Stage::BinFile(const std::string& name) const {
   return MachineDirs().data + "\\" + name;
 }
 
-void Stage::StartHost() {
+void Stage::StartHost(ColorFieldSetType way) {
   ProfileAssociations profiles;
   if (library_) {
     profiles = library_->notebook.profiles;
@@ -95,7 +112,7 @@ void Stage::StartHost() {
   notebook.profiles = profiles;
   notebook.forwardPlatform = true;
 
-  const ColorFieldInitInfo info = InitInfoOf(files_);
+  const ColorFieldInitInfo info = InitInfoOf(files_, way);
   const ColorFieldModeInfo srgb = ModeInfoOf(files_, SrgbMode, kSrgbLut);
   const ColorFieldModeInfo p3 = ModeInfoOf(files_, P3Mode, kP3Lut);
   Expect(library_->Init(), "Init");
@@ -105,23 +122,54 @@ void Stage::StartHost() {
   notebook.ForgetRecords();
 }
 
-Outcome Stage::SetColorField(int mode) {
+Outcome Stage::Do(const std::function<ResultT(HostedLibrary&)>& call) {
   using Clock = std::chrono::steady_clock;
   library_->notebook.ForgetRecords();
   const Clock::time_point start = Clock::now();
-  const ResultT result = library_->SetColorField(mode);
+  const ResultT result = call(*library_);
   const std::chrono::duration<double, std::milli> time = Clock::now() - start;
   return {result, time.count(), library_->notebook.log};
 }
 
-std::string Stage::DefaultProfile() {
+Outcome Stage::SetColorField(int mode) {
+  return Do([mode](HostedLibrary& library) { return library.SetColorField(mode); });
+}
+
+void Stage::ClearPanel() {
+  viewer_.Update([](softwarepanel::State& state) {
+    state = {};
+    return true;
+  });
+}
+
+std::string Stage::DefaultProfile() { return DefaultProfileOf(deviceId_); }
+
+std::string Stage::DefaultProfileOf(const std::wstring& deviceId) {
   const std::vector<std::wstring>& associated =
-      library_->notebook.profiles[MonitorDeviceId(deviceId_)];
+      library_->notebook.profiles[MonitorDeviceId(deviceId)];
   if (associated.empty()) {
     return {};
   }
   return std::string(associated.front().begin(), associated.front().end());
 }
+
+void Stage::ChooseProfile(const std::string& name) {
+  library_->notebook.profiles[MonitorDeviceId(deviceId_)] = {
+      std::wstring(name.begin(), name.end())};
+}
+
+void Stage::DockWithTheLidClosed() {
+  virtualnotebook::Notebook& notebook = library_->notebook;
+  notebook.desktop.clear();
+  notebook.adapters.clear();
+  PlugInMonitor(notebook, kExternalDeviceId, L"NVX Studio 27");
+}
+
+PhysicalMonitor& Stage::ExternalMonitor() {
+  return library_->notebook.desktop.back().physicalMonitors.front();
+}
+
+std::string Stage::ExternalProfile() { return DefaultProfileOf(kExternalDeviceId); }
 
 softwarepanel::State Stage::Shown() const {
   softwarepanel::State state;

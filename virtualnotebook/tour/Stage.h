@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,6 +27,17 @@ struct Outcome {
   std::vector<virtualnotebook::LogLine> log;
 };
 
+inline constexpr ColorFieldSetType kDdcciWay = 0;
+inline constexpr ColorFieldSetType k3DLutWay = 1;
+inline constexpr ColorFieldSetType kPccWay = 2;
+inline constexpr ColorFieldSetType kGammaWay = 3;
+
+// Of every mode that the stage registers: a little of the neighbouring channels in each.
+inline constexpr double kPccMatrix[9] = {0.92, 0.06, 0.02, 0.03, 0.94, 0.03, 0.01, 0.05, 0.94};
+
+// Of the modes that the user designs.
+inline constexpr const char* kUserModeIds[] = {"Reading%1", "Proof%2"};
+
 class Stage {
  public:
   // The machine's panel has this EDID.
@@ -39,11 +51,24 @@ class Stage {
   std::string BinFile(const std::string& name) const;
 
   // A new process of the host, as far as the library can tell: it is loaded anew, so that nothing
-  // is left in its memory, and told of the modes 1 and 2. What the system keeps stays.
-  void StartHost();
+  // is left in its memory, and told of the modes 1 and 2 and of the way to the panel. What the
+  // system keeps stays.
+  void StartHost(ColorFieldSetType way = k3DLutWay);
+  virtualnotebook::HostedLibrary& Library() { return *library_; }
   virtualnotebook::Notebook& Notebook() { return library_->notebook; }
 
+  // Calls the library; the records begin anew.
+  Outcome Do(const std::function<ResultT(virtualnotebook::HostedLibrary&)>& call);
   Outcome SetColorField(int mode);
+
+  // The panel as it comes on: nothing in its pipeline.
+  void ClearPanel();
+  void ChooseProfile(const std::string& name);  // as the system's settings do
+
+  // The desktop moves to an external monitor of the maker's, until the next host starts.
+  void DockWithTheLidClosed();
+  virtualnotebook::PhysicalMonitor& ExternalMonitor();
+  std::string ExternalProfile();
 
   void PlugPanel(const Bytes& edid) { panel_.Replace(edid); }
 
@@ -54,6 +79,8 @@ class Stage {
   virtualnotebook::Image ShowOnPanel(const virtualnotebook::Image& image) const;
 
  private:
+  std::string DefaultProfileOf(const std::wstring& deviceId);
+
   virtualnotebook::MachineData machine_;
   virtualnotebook::InstalledFiles files_;
   std::wstring deviceId_;

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "virtualnotebook/ChromaticityDiagram.h"
 #include "virtualnotebook/tour/Acts.h"
 
 namespace tour {
@@ -109,6 +110,27 @@ class Pictures {
     std::printf("   picture  %s\n", name);
   }
 
+  // The panel, and a target that it is calibrated for.
+  void DrawGamuts(const char* name) const {
+    if (directory_.empty()) {
+      return;
+    }
+    constexpr Xy kD65 = {0.3127, 0.3290};
+    WriteChromaticityDiagram(
+        directory_ + "/" + name,
+        {{"this panel", "#202020", panel_.red, panel_.green, panel_.blue, panel_.white},
+         {"sRGB", "#2060c0", {0.64, 0.33}, {0.30, 0.60}, {0.15, 0.06}, kD65},
+         {"P3", "#c04020", {0.68, 0.32}, {0.265, 0.69}, {0.15, 0.06}, kD65}});
+    std::printf("   picture  %s\n", name);
+  }
+
+  void Take(const Act& act, Stage& stage) const {
+    Take(act.picture, stage);
+    if (!directory_.empty() && act.draw != nullptr) {
+      act.draw(stage, directory_);
+    }
+  }
+
  private:
   std::string directory_;
   PanelDescription panel_;
@@ -120,15 +142,16 @@ int PlayAll(const Options& options) {
                                        : ReadEdidFile(options.edidFile));
   const Pictures pictures(options.pictures, stage.Machine().panel);
   PrintPanel(stage.Machine().panel);
+  pictures.DrawGamuts("gamuts-cie-xy.svg");
   pictures.Take("chart-0-before.png", stage);
 
-  const std::span<const Act> acts = AllActs();
+  const std::vector<Act> acts = AllActs();
   size_t good = 0;
   for (size_t i = 0; i < acts.size(); ++i) {
     if (Play(i + 1, acts[i], stage)) {
       ++good;
     }
-    pictures.Take(acts[i].picture, stage);
+    pictures.Take(acts[i], stage);
     std::fflush(stdout);
   }
   std::printf("\n%zu of %zu acts ended as announced.\n", good, acts.size());

@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "support/NotebookTest.h"
+#include "virtualnotebook/ChromaticityDiagram.h"
+#include "virtualnotebook/ColourCircle.h"
+#include "virtualnotebook/CurvePlot.h"
+
+namespace virtualnotebook {
+namespace {
+
+std::string ReadText(const std::string& path) {
+  const std::vector<uint8_t> bytes = testsupport::ReadFileBytes(path);
+  return {bytes.begin(), bytes.end()};
+}
+
+size_t CountOf(const std::string& text, const std::string& part) {
+  size_t count = 0;
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+TEST(CurvePlot, OneLineForEachChannelOfEachCurve) {
+  const testsupport::ScratchDirectory directory;
+  std::vector<double> lut(3072, 0.0);
+  lut[0] = 4095;
+  WriteCurvePlot(directory.Path("plot.svg"), "Title",
+                 {{"first", lut}, {"second", lut}, {"none", {}}});
+  const std::string svg = ReadText(directory.Path("plot.svg"));
+  EXPECT_EQ(CountOf(svg, "<polyline"), 6u);
+  EXPECT_EQ(CountOf(svg, "Title"), 1u);
+  EXPECT_NE(svg.find("points=\"40,40 "), std::string::npos) << "red begins at the top left";
+  EXPECT_NE(svg.find("520,520 \"/>"), std::string::npos) << "all end at the bottom right";
+}
+
+TEST(ChromaticityDiagram, TrianglesAndWhitePoints) {
+  const testsupport::ScratchDirectory directory;
+  const PanelDescription panel;
+  WriteChromaticityDiagram(directory.Path("xy.svg"),
+                           {{"panel", "black", panel.red, panel.green, panel.blue, panel.white}});
+  const std::string svg = ReadText(directory.Path("xy.svg"));
+  EXPECT_EQ(CountOf(svg, "<polygon"), 2u) << "the locus and the panel";
+  EXPECT_EQ(CountOf(svg, "<circle"), 1u);
+  // Red, 0.68 and 0.32, by hand: 40 + 600 x, 40 + 600 (0.9 - y).
+  EXPECT_NE(svg.find("points=\"448,388 "), std::string::npos);
+}
+
+TEST(Pictures, FilesThatCannotBeWritten) {
+  EXPECT_THROW(WriteCurvePlot("Q:\\no\\such.svg", "", {}), std::runtime_error);
+  EXPECT_THROW(WriteChromaticityDiagram("Q:\\no\\such.svg", {}), std::runtime_error);
+}
+
+TEST(ColourCircle, TintsTheInsideOnly) {
+  const Image image = DrawColourCircle([](double x, double) {
+    return std::array<double, 3>{1.0, x < 80 ? 0.9 : 1.0, 1.0};
+  });
+  ASSERT_EQ(image.pixels.size(), 320u * 320 * 3);
+  const auto pixel = [&](size_t x, size_t y) {
+    const uint8_t* p = &image.pixels[3 * (320 * y + x)];
+    return std::array<int, 3>{p[0], p[1], p[2]};
+  };
+  EXPECT_EQ(pixel(0, 0), (std::array<int, 3>{0, 0, 0}));
+  EXPECT_EQ(pixel(200, 160), (std::array<int, 3>{255, 255, 255}));
+  EXPECT_EQ(pixel(100, 160), (std::array<int, 3>{255, 153, 255})) << "1 - 4 * 0.1 of 255";
+}
+
+}  // namespace
+}  // namespace virtualnotebook
