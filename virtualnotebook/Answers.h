@@ -5,8 +5,13 @@
 #include <windows.h>
 
 #include <icm.h>
+#include <objbase.h>
+#include <tlhelp32.h>
+#include <winsvc.h>
+#include <wtsapi32.h>
 
 #include <functional>
+#include <span>
 #include <string>
 
 #include "CoreKit/CoreKit.h"
@@ -15,11 +20,21 @@
 #include "src/colorfield/MonitorConfiguration.h"
 #include "virtualnotebook/Notebook.h"
 
+namespace virtualnotebook {
+
+// The methods of the sensor objects, by name.
+std::span<const char* const> SensorMethods();
+
+}  // namespace virtualnotebook
+
 namespace virtualnotebook::answers {
 
 // The real function's type beneath a method: its object comes first.
 using ExcuteQueryImplFunction = int(NxSDK::WmiQuery*, const std::wstring&, const std::wstring&,
                                     const std::function<void(const VARIANT&)>&, bool);
+using GetBiosInfoFunction = int(NxSDK::WmiInputParams&, NxSDK::WmiOutputParams&);
+using StartEventMonitorFunction = int(NxSDK::BiosEventMonitor*, BiosEventCallback);
+using StopEventMonitorFunction = int(NxSDK::BiosEventMonitor*);
 
 // --- Firmware and displays ---
 
@@ -110,6 +125,68 @@ unsigned int GetDisplayType(Notebook& notebook, decltype(CoreKit::GetDisplayType
 int ExcuteQueryImpl(Notebook& notebook, ExcuteQueryImplFunction* original, NxSDK::WmiQuery* self,
                     const std::wstring& query, const std::wstring& property,
                     const std::function<void(const VARIANT&)>& onValue, bool flag);
+
+int GetBiosInfo(Notebook& notebook, GetBiosInfoFunction* original, NxSDK::WmiInputParams& input,
+                NxSDK::WmiOutputParams& output);
+
+int StartEventMonitor(Notebook& notebook, StartEventMonitorFunction* original,
+                      NxSDK::BiosEventMonitor* self, BiosEventCallback callback);
+
+int StopEventMonitor(Notebook& notebook, StopEventMonitorFunction* original,
+                     NxSDK::BiosEventMonitor* self);
+
+// --- Sessions ---
+
+BOOL WTSEnumerateSessionsW(Notebook& notebook, decltype(::WTSEnumerateSessionsW)* original,
+                           HANDLE server, DWORD reserved, DWORD version,
+                           WTS_SESSION_INFOW** sessions, DWORD* count);
+
+BOOL WTSQuerySessionInformationW(Notebook& notebook,
+                                 decltype(::WTSQuerySessionInformationW)* original, HANDLE server,
+                                 DWORD id, WTS_INFO_CLASS infoClass, wchar_t** buffer, DWORD* size);
+
+void WTSFreeMemory(Notebook& notebook, decltype(::WTSFreeMemory)* original, void* memory);
+
+// --- Services and processes ---
+
+SC_HANDLE OpenSCManagerW(Notebook& notebook, decltype(::OpenSCManagerW)* original,
+                         const wchar_t* machine, const wchar_t* database, DWORD access);
+
+SC_HANDLE OpenServiceW(Notebook& notebook, decltype(::OpenServiceW)* original, SC_HANDLE manager,
+                       const wchar_t* name, DWORD access);
+
+BOOL QueryServiceStatus(Notebook& notebook, decltype(::QueryServiceStatus)* original,
+                        SC_HANDLE service, SERVICE_STATUS* status);
+
+BOOL CloseServiceHandle(Notebook& notebook, decltype(::CloseServiceHandle)* original,
+                        SC_HANDLE handle);
+
+HANDLE CreateToolhelp32Snapshot(Notebook& notebook, decltype(::CreateToolhelp32Snapshot)* original,
+                                DWORD flags, DWORD process);
+
+BOOL Process32FirstW(Notebook& notebook, decltype(::Process32FirstW)* original, HANDLE snapshot,
+                     PROCESSENTRY32W* entry);
+
+BOOL Process32NextW(Notebook& notebook, decltype(::Process32NextW)* original, HANDLE snapshot,
+                    PROCESSENTRY32W* entry);
+
+BOOL CloseHandle(Notebook& notebook, decltype(::CloseHandle)* original, HANDLE handle);
+
+DWORD GetModuleFileNameW(Notebook& notebook, decltype(::GetModuleFileNameW)* original,
+                         HMODULE module, wchar_t* path, DWORD size);
+
+ResultT LoadUserProcessByServerPriviledge(
+    Notebook& notebook, decltype(CoreKit::LoadUserProcessByServerPriviledge)* original,
+    const std::wstring& path, const std::wstring& commandLine);
+
+// --- Light sensors ---
+
+HRESULT CoCreateInstance(Notebook& notebook, decltype(::CoCreateInstance)* original,
+                         REFCLSID classId, IUnknown* outer, DWORD context, REFIID id,
+                         void** object);
+
+HRESULT PropVariantClear(Notebook& notebook, decltype(::PropVariantClear)* original,
+                         PROPVARIANT* value);
 
 // --- Platform ---
 

@@ -46,15 +46,18 @@ void LcdLogMessage(Notebook& notebook, decltype(::LcdLogMessage)* original, int 
 }
 
 int IsAdminPrivilege(Notebook& notebook, decltype(CoreKit::IsAdminPrivilege)*) {
+  const NotebookGuard guard(TheLock());
   return notebook.administrator ? 1 : 0;
 }
 
 unsigned int GetLogonSessionId(Notebook& notebook, decltype(CoreKit::GetLogonSessionId)*) {
+  const NotebookGuard guard(TheLock());
   return notebook.sessionId;
 }
 
 ResultT GetUserSIDBySessionId(Notebook& notebook, decltype(CoreKit::GetUserSIDBySessionId)*,
                               unsigned int sessionId, std::wstring& sid) {
+  const NotebookGuard guard(TheLock());
   if (notebook.userSid.empty() || sessionId != notebook.sessionId) {
     return 1;
   }
@@ -63,6 +66,7 @@ ResultT GetUserSIDBySessionId(Notebook& notebook, decltype(CoreKit::GetUserSIDBy
 }
 
 unsigned int GetDisplayType(Notebook& notebook, decltype(CoreKit::GetDisplayType)*) {
+  const NotebookGuard guard(TheLock());
   return notebook.displayType;
 }
 

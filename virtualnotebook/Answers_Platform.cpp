@@ -24,8 +24,6 @@ int Accept(Notebook& notebook, Keep keep, int (*original)(Parameters...), Parame
   return result;
 }
 
-constexpr auto kNothingToKeep = [](PlatformState&) {};
-
 }  // namespace
 
 int PlatformInit(Notebook& notebook, decltype(::PlatformInit)* original) {
@@ -42,6 +40,7 @@ int GetPlatform(Notebook& notebook, decltype(::GetPlatform)*, PlatformInfo* info
   if (info == nullptr) {
     return kRefused;
   }
+  const NotebookGuard guard(TheLock());
   *info = {notebook.platformType, 0};
   return 0;
 }
@@ -93,13 +92,18 @@ int PlatformResetPccMatrixInfo(Notebook& notebook,
 int PlatformSet2DColorTemperature(Notebook& notebook,
                                   decltype(::PlatformSet2DColorTemperature)* original,
                                   const Color2DInfo* info) {
-  return Accept(notebook, kNothingToKeep, original, info);
+  return Accept(
+      notebook, [](PlatformState&) {}, original, info);
 }
 
 int PlatformSet3DColorTemperature(Notebook& notebook,
                                   decltype(::PlatformSet3DColorTemperature)* original,
                                   const Color3DInfo* info) {
-  return Accept(notebook, kNothingToKeep, original, info);
+  if (info == nullptr) {
+    return kRefused;
+  }
+  const auto keep = [=](PlatformState& platform) { platform.temperatures3D.push_back(*info); };
+  return Accept(notebook, keep, original, info);
 }
 
 }  // namespace virtualnotebook::answers

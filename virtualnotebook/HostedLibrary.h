@@ -88,6 +88,8 @@ class HostedLibrary {
   HOSTED_EXPORT(SetColorTemperatureConfig);
   HOSTED_EXPORT(GetNatureColorStatus);
   HOSTED_EXPORT(SetNatureColorStatus);
+  HOSTED_EXPORT(InitNatureColor);
+  HOSTED_EXPORT(FiniNatureColor);
   HOSTED_EXPORT(GetColorFieldCurrentMode);
   HOSTED_EXPORT(SetColorFieldCurrentMode);
   HOSTED_EXPORT(GetColorFieldResetMode);
@@ -116,6 +118,8 @@ class HostedLibrary {
   HOSTED_EXPORT(SyncSysColorField);
   HOSTED_EXPORT(SyncCurrentModeIccFile);
   HOSTED_EXPORT(ResetColorField);
+  HOSTED_EXPORT(OrbviewReportDataSync);
+  HOSTED_EXPORT(OrbviewReportDataAsync);
 #undef HOSTED_EXPORT
 };
 

@@ -5,7 +5,12 @@
 #include <direct.h>
 #include <icm.h>
 #include <io.h>
+#include <objbase.h>
+#include <process.h>
 #include <stdio.h>
+#include <tlhelp32.h>
+#include <winsvc.h>
+#include <wtsapi32.h>
 
 #include <string>
 
@@ -35,10 +40,7 @@ namespace {
 using WmiGetResult = void(const VARIANT&, std::wstring&);
 using LoggerGetInstance = NxLogger*();
 using LoggerLog = void(NxLogger*, LOG_MESSAGE_LEVEL, std::wstringstream&);
-using BiosGetInfo = int(NxSDK::WmiInputParams&, NxSDK::WmiOutputParams&);
 using MonitorLife = void(NxSDK::BiosEventMonitor*);
-using MonitorStart = int(NxSDK::BiosEventMonitor*, void (*)(uint32_t));
-using MonitorStop = int(NxSDK::BiosEventMonitor*);
 using EventStart = void(OrbEvent*, int);
 using EventPutString = void(OrbEvent*, const std::string&, const std::string&);
 using EventOther = void(OrbEvent*);
@@ -54,6 +56,10 @@ const ImportedFunction kImports[] = {
     FORWARDED("advapi32.dll", RegQueryValueExA),
     FORWARDED("advapi32.dll", InitializeSecurityDescriptor),
     FORWARDED("advapi32.dll", SetSecurityDescriptorDacl),
+    ANSWERED("advapi32.dll", OpenSCManagerW),
+    ANSWERED("advapi32.dll", OpenServiceW),
+    ANSWERED("advapi32.dll", QueryServiceStatus),
+    ANSWERED("advapi32.dll", CloseServiceHandle),
 
     FORWARDED("kernel32.dll", GetPrivateProfileStringW),
     FORWARDED("kernel32.dll", CreateEventW),
@@ -63,12 +69,16 @@ const ImportedFunction kImports[] = {
     FORWARDED("kernel32.dll", GetFileSizeEx),
     FORWARDED("kernel32.dll", ReadFile),
     FORWARDED("kernel32.dll", WriteFile),
-    FORWARDED("kernel32.dll", CloseHandle),
-    FORWARDED("kernel32.dll", GetModuleFileNameW),
+    ANSWERED("kernel32.dll", CloseHandle),
+    ANSWERED("kernel32.dll", GetModuleFileNameW),
     ANSWERED("kernel32.dll", GetSystemFirmwareTable),
     ANSWERED("kernel32.dll", Sleep),
     FORWARDED("kernel32.dll", CopyFileW),
+    ANSWERED("kernel32.dll", CreateToolhelp32Snapshot),
+    ANSWERED("kernel32.dll", Process32FirstW),
+    ANSWERED("kernel32.dll", Process32NextW),
     FORWARDED("msvcrt.dll", _access),
+    FORWARDED("msvcrt.dll", _beginthreadex),
     FORWARDED("msvcrt.dll", _mkdir),
     FORWARDED("msvcrt.dll", remove),
     FORWARDED("msvcrt.dll", rename),
@@ -95,6 +105,15 @@ const ImportedFunction kImports[] = {
     FORWARDED("mscms.dll", IsColorProfileValid),
     FORWARDED("mscms.dll", CreateMultiProfileTransform),
     FORWARDED("mscms.dll", CloseColorProfile),
+
+    ANSWERED("wtsapi32.dll", WTSEnumerateSessionsW),
+    ANSWERED("wtsapi32.dll", WTSQuerySessionInformationW),
+    ANSWERED("wtsapi32.dll", WTSFreeMemory),
+
+    FORWARDED("ole32.dll", CoInitializeEx),
+    FORWARDED("ole32.dll", CoUninitialize),
+    ANSWERED("ole32.dll", CoCreateInstance),
+    ANSWERED("ole32.dll", PropVariantClear),
 
     ANSWERED("VeloraPlatform.dll", PlatformInit),
     ANSWERED("VeloraPlatform.dll", PlatformFini),
@@ -128,7 +147,8 @@ const ImportedFunction kImports[] = {
     Import<"CoreKit::EnableFileUsersPriviledge", decltype(CoreKit::EnableFileUsersPriviledge)>(
         "CoreKit.dll", "_ZN7CoreKit25EnableFileUsersPriviledgeERK" STRING),
     Import<"CoreKit::LoadUserProcessByServerPriviledge",
-           decltype(CoreKit::LoadUserProcessByServerPriviledge)>(
+           decltype(CoreKit::LoadUserProcessByServerPriviledge),
+           &answers::LoadUserProcessByServerPriviledge>(
         "CoreKit.dll", "_ZN7CoreKit33LoadUserProcessByServerPriviledgeERK" WSTRING "S7_"),
 
     Import<"NxLogger::GetInstance", LoggerGetInstance>("LogKit.dll", "_ZN8NxLogger11GetInstanceEv"),
@@ -140,16 +160,18 @@ const ImportedFunction kImports[] = {
                                                     "S8_RKSt8functionIFvRK10tagVARIANTEEb"),
     Import<"WmiQuery::GetResult", WmiGetResult>(
         "WmiKit.dll", "_ZN5NxSDK8WmiQuery9GetResultERK10tagVARIANTR" WSTRING),
-    Import<"BiosWmi::GetBiosInfo", BiosGetInfo>(
+    Import<"BiosWmi::GetBiosInfo", answers::GetBiosInfoFunction, &answers::GetBiosInfo>(
         "WmiKit.dll", "_ZN5NxSDK7BiosWmi11GetBiosInfoERNS_14WmiInputParamsERNS_15WmiOutputParamsE"),
     Import<"BiosEventMonitor::BiosEventMonitor", MonitorLife>("WmiKit.dll",
                                                               "_ZN5NxSDK16BiosEventMonitorC1Ev"),
     Import<"BiosEventMonitor::~BiosEventMonitor", MonitorLife>("WmiKit.dll",
                                                                "_ZN5NxSDK16BiosEventMonitorD1Ev"),
-    Import<"BiosEventMonitor::StartEventMonitor", MonitorStart>(
-        "WmiKit.dll", "_ZN5NxSDK16BiosEventMonitor17StartEventMonitorEPFvjE"),
-    Import<"BiosEventMonitor::StopEventMonitor", MonitorStop>(
-        "WmiKit.dll", "_ZN5NxSDK16BiosEventMonitor16StopEventMonitorEv"),
+    Import<"BiosEventMonitor::StartEventMonitor", answers::StartEventMonitorFunction,
+           &answers::StartEventMonitor>("WmiKit.dll",
+                                        "_ZN5NxSDK16BiosEventMonitor17StartEventMonitorEPFvjE"),
+    Import<"BiosEventMonitor::StopEventMonitor", answers::StopEventMonitorFunction,
+           &answers::StopEventMonitor>("WmiKit.dll",
+                                       "_ZN5NxSDK16BiosEventMonitor16StopEventMonitorEv"),
 
     Import<"OrbEvent::OrbEvent", EventStart>("orbevent.dll", "_ZN8OrbEventC1Ei"),
     Import<"OrbEvent::~OrbEvent", EventOther>("orbevent.dll", "_ZN8OrbEventD1Ev"),

@@ -1,10 +1,12 @@
 #include "virtualnotebook/Notebook.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <stdexcept>
 #include <utility>
 
+#include "virtualnotebook/Answers.h"
 #include "virtualnotebook/ImportRedirection.h"
 #include "virtualnotebook/Imports.h"
 #include "virtualnotebook/Recorder.h"
@@ -23,11 +25,57 @@ struct PlannedFault {
   unsigned calls = 0;
 };
 
+// What CountOpen counts: functions and methods that give something which has to come back.
+constexpr std::array<const char*, 10> kGivers = {"WTSEnumerateSessionsW",
+                                                 "WTSQuerySessionInformationW",
+                                                 "OpenSCManagerW",
+                                                 "OpenServiceW",
+                                                 "CreateToolhelp32Snapshot",
+                                                 "CoCreateInstance",
+                                                 "ISensorManager::GetSensorsByCategory",
+                                                 "ISensorCollection::GetAt",
+                                                 "ISensorDataReport::GetSensorValue",
+                                                 "ISensorEvents"};
+
 void RequireKnown(const std::string& function) {
   const auto imports = Imports();
-  if (std::ranges::none_of(imports, [&](const auto& known) { return known.name == function; })) {
+  if (std::ranges::none_of(imports, [&](const auto& known) { return known.name == function; }) &&
+      std::ranges::count(SensorMethods(), function) == 0) {
     throw std::invalid_argument("the notebook does not stand in for " + function);
   }
+}
+
+// True on a thread that runs onCall. Not thread_local: the C++ runtime makes that of functions that
+// can be redirected.
+class OnCallFlag {
+ public:
+  bool IsSet() const { return TlsGetValue(slot_) != nullptr; }
+  void Set(bool value) const {
+    TlsSetValue(slot_, value ? const_cast<OnCallFlag*>(this) : nullptr);
+  }
+
+ private:
+  const DWORD slot_ = TlsAlloc();
+};
+const OnCallFlag inOnCall;
+
+void RunOnCall(const Notebook& notebook, const Call& call) {
+  std::function<void(const Call&)> onCall;
+  if (!inOnCall.IsSet()) {
+    const NotebookGuard guard(TheLock());
+    onCall = notebook.onCall;
+  }
+  if (!onCall) {
+    return;
+  }
+  inOnCall.Set(true);
+  try {
+    onCall(call);
+  } catch (...) {
+    inOnCall.Set(false);
+    throw;
+  }
+  inOnCall.Set(false);
 }
 
 }  // namespace
@@ -35,6 +83,8 @@ void RequireKnown(const std::string& function) {
 struct Notebook::Impl {
   std::vector<PlannedFault> faults;
   WmiAnswers wmi;
+  GivenHandles handles;
+  std::shared_ptr<SensorBoard> sensors = std::make_shared<SensorBoard>();
   std::optional<ImportRedirection> redirection;
 };
 
@@ -107,15 +157,39 @@ size_t Notebook::CountOpenMonitorArrays() const {
   return static_cast<size_t>(std::ranges::count(monitorArrays, 0U, &MonitorArray::destroyed));
 }
 
+size_t Notebook::CountOpen(const std::string& function) const {
+  if (std::ranges::count(kGivers, function) == 0) {
+    throw std::invalid_argument("the notebook does not count what comes from " + function);
+  }
+  const NotebookGuard guard(TheLock());
+  return impl_->handles.Count(function) + impl_->sensors->references[function];
+}
+
 void Notebook::ForgetRecords() {
   const NotebookGuard guard(TheLock());
   log.clear();
   calls.clear();
 }
 
+void Notebook::Locked(const std::function<void()>& action) const {
+  const NotebookGuard guard(TheLock());
+  action();
+}
+
+std::vector<LogLine> Notebook::LogNow() const {
+  const NotebookGuard guard(TheLock());
+  return log;
+}
+
+std::vector<Call> Notebook::CallsNow() const {
+  const NotebookGuard guard(TheLock());
+  return calls;
+}
+
 Notebook* Recorder::Current() { return installed; }
 
 std::optional<Fault> Recorder::Record(Notebook& notebook, Call call) {
+  RunOnCall(notebook, call);
   const NotebookGuard guard(TheLock());
   std::optional<Fault> due;
   for (PlannedFault& planned : notebook.impl_->faults) {
@@ -131,5 +205,11 @@ std::optional<Fault> Recorder::Record(Notebook& notebook, Call call) {
 }
 
 WmiAnswers& Recorder::Wmi(Notebook& notebook) { return notebook.impl_->wmi; }
+
+GivenHandles& Recorder::Handles(Notebook& notebook) { return notebook.impl_->handles; }
+
+const std::shared_ptr<SensorBoard>& Recorder::Sensors(const Notebook& notebook) {
+  return notebook.impl_->sensors;
+}
 
 }  // namespace virtualnotebook

@@ -4,13 +4,22 @@
 
 #include <windows.h>
 
+#include <propidl.h>
+#include <winsvc.h>
+#include <wtsapi32.h>
+
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "velora/VeloraCtlApi.h"
+
+struct ISensorEvents;
 
 namespace virtualnotebook {
 
@@ -22,11 +31,12 @@ struct LogLine {
   friend bool operator==(const LogLine&, const LogLine&) = default;
 };
 
-// One call that the module made through its import table, with its arguments as text: numbers in
-// decimal, texts as they are, predefined registry keys by name ("HKEY_LOCAL_MACHINE"), other
-// pointers, records and what is only written as "null" or "pointer". A method's first argument is
-// its object. Functions have the names of their headers, methods and CoreKit's functions one
-// qualification: "CoreKit::GetDisplayType", "WmiQuery::ExcuteQueryImpl".
+// One call that the module made through its import table, or of a sensor object's method, with its
+// arguments as text: numbers in decimal, texts as they are, predefined registry keys by name
+// ("HKEY_LOCAL_MACHINE"), property keys by their number, other pointers, records and what is only
+// written as "null" or "pointer". A method's first argument is its object. Functions have the names
+// of their headers, methods and CoreKit's functions one qualification: "CoreKit::GetDisplayType",
+// "WmiQuery::ExcuteQueryImpl", "ISensorDataReport::GetSensorValue".
 struct Call {
   std::string function;
   std::vector<std::wstring> arguments;
@@ -99,14 +109,48 @@ struct PlatformState {
   std::vector<double> lut3D;     // 14739 values; empty: no 3D LUT
   std::vector<double> gammaLut;  // 3072 values; empty: none was set
   std::optional<std::array<double, 9>> pccMatrix;
+  std::vector<Color3DInfo> temperatures3D;  // all that were accepted, in their order
   bool initialised = false;
 };
+
+// A session that Windows keeps.
+struct Session {
+  DWORD id;
+  WTS_CONNECTSTATE_CLASS state;
+};
+
+// A program that was started in the user's session.
+struct StartedProcess {
+  std::wstring path;
+  std::wstring commandLine;
+
+  friend bool operator==(const StartedProcess&, const StartedProcess&) = default;
+};
+
+// A question to the firmware.
+struct BiosQuery {
+  std::array<uint8_t, 64> request;
+  bool outputWasZero;  // all of the answer's record, before the call
+};
+
+using BiosEventCallback = void (*)(uint32_t eventId);
+
+// What a light sensor reports; a field without a value is not in the report. Values that hold
+// memory are copied when the module asks for them, and stay the test's.
+struct LightReading {
+  std::optional<PROPVARIANT> lux;
+  std::optional<PROPVARIANT> kelvin;
+};
+
+// A value as light sensors give it: VT_R4.
+PROPVARIANT SensorFloat(float value);
 
 // Installed for as long as the object lives; one at a time (std::logic_error). It rewrites the
 // import table of one module, so that every import of the module that it knows is recorded, can be
 // told to fail, and is answered by the state below where the hardware or Wine has no answer.
-// Everything else goes on to the real function. State may be changed at any time when no other
-// thread is in the module. The module stays loaded for as long as its notebook lives.
+// Everything else goes on to the real function. State may be changed, and state and records read,
+// at any time when no other thread is in the module, and under Locked() otherwise. The module stays
+// loaded for as long as its notebook lives.
 class Notebook {
  public:
   explicit Notebook(HMODULE module);
@@ -136,11 +180,31 @@ class Notebook {
   std::wstring userSid;  // empty: the look-up fails
   unsigned displayType = 0;
 
+  std::vector<Session> sessions = {{1, WTSActive}};
+  std::map<std::wstring, DWORD> services = {{L"Winmgmt", SERVICE_RUNNING}};  // by name: the state
+  std::vector<std::wstring> processes;  // image names of the programs that run
+  std::wstring hostProgram;             // path of the host's program; empty: this program's own
+  bool forwardProcessStart = false;     // CoreKit starts processes, and gives the result
+
+  std::vector<uint8_t> biosAnswer;                // the output's first bytes; empty: WmiKit answers
+  BiosEventCallback biosEventCallback = nullptr;  // set while the module's monitor is started
+
+  size_t lightSensors = 1;
+
   // Values of one property that a WMI query gives, row by row. A query that was not told has no
   // row.
   void AnswerWmi(const std::wstring& nameSpace, const std::wstring& query,
                  const std::wstring& property, std::vector<std::wstring> values);
   void FailWmi(const std::wstring& nameSpace, const std::wstring& query, int status);
+
+  // The firmware's event, on this thread; false when nobody listens.
+  bool FireBiosEvent(uint32_t eventId) const;
+
+  // A light sensor's events, on this thread: what the sink that the module set says. None without a
+  // sink. state: SensorState of <sensorsapi.h>.
+  std::optional<HRESULT> ReportLight(const LightReading& reading, size_t sensor = 0) const;
+  std::optional<HRESULT> ReportSensorState(int state, size_t sensor = 0) const;
+  ISensorEvents* LightSensorSink(size_t sensor = 0) const;  // null without one
 
   // --- Faults ---
 
@@ -158,10 +222,33 @@ class Notebook {
   std::vector<LogLine> log;
   std::vector<Call> calls;
   std::vector<MonitorArray> monitorArrays;  // all that there were
+  std::vector<StartedProcess> startedProcesses;
+  std::vector<BiosQuery> biosQueries;
+
+  // Runs ahead of each call's record, on the call's thread; also of the calls that the module's C++
+  // runtime makes to wait. It may call anything: its own calls are recorded, and don't run it
+  // again.
+  std::function<void(const Call&)> onCall;
 
   size_t CountCalls(const std::string& function) const;
   size_t CountOpenMonitorArrays() const;
+
+  // Handles, memory blocks and references to COM objects that this function or method gave and that
+  // have not come back, such as "WTSEnumerateSessionsW" and "ISensorCollection::GetAt". What a sink
+  // keeps of an event's objects: "ISensorEvents". std::invalid_argument for a function that gives
+  // nothing that is counted.
+  size_t CountOpen(const std::string& function) const;
+
   void ForgetRecords();  // empties log and calls; arrays may still be open
+
+  // Runs action while no stand-in reads or changes state or records; for while the module's threads
+  // run. Firmware table, displays and colour system are not guarded. action must call neither the
+  // module nor, on a notebook beneath its own program, a function that the notebook stands in for.
+  void Locked(const std::function<void()>& action) const;
+
+  // Copies that were made under the same guard.
+  std::vector<LogLine> LogNow() const;
+  std::vector<Call> CallsNow() const;
 
  private:
   friend class Recorder;

@@ -4,10 +4,12 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "virtualnotebook/Given.h"
 #include "virtualnotebook/Notebook.h"
 #include "virtualnotebook/Wmi.h"
 
@@ -40,10 +42,13 @@ class Recorder {
   // The installed notebook, or null.
   static Notebook* Current();
 
-  // Notes the call; a fault that is due.
+  // Runs onCall and notes the call; a fault that is due.
   static std::optional<Fault> Record(Notebook& notebook, Call call);
 
+  // For those who hold the lock.
   static WmiAnswers& Wmi(Notebook& notebook);
+  static GivenHandles& Handles(Notebook& notebook);
+  static const std::shared_ptr<SensorBoard>& Sensors(const Notebook& notebook);
 };
 
 }  // namespace virtualnotebook

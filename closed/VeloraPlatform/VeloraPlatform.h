@@ -13,7 +13,9 @@
 
 #include "velora/VeloraCtlApi.h"
 
-#if defined(VELORAPLATFORM_BUILD)
+#if !defined(_WIN32)
+#define VELORAPLATFORM_API
+#elif defined(VELORAPLATFORM_BUILD)
 #define VELORAPLATFORM_API __declspec(dllexport)
 #else
 #define VELORAPLATFORM_API __declspec(dllimport)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iterator>
 
+#include "frame/IntegerCast.h"
 #include "frame/Log.h"
 
 namespace velora {
@@ -33,13 +34,8 @@ constexpr AlphaInfo alphaInfoTable[] = {
 
 double Lerp(double a, double b, double t) { return t >= 0 && t <= 1 ? a * (1 - t) + b * t : 0.0; }
 
-// Rounds down. What no int32_t holds, and what is no number, becomes the lowest, as in the
-// processor's own conversion.
-int32_t SectorOf(double theta) {
-  const double sector = std::floor(theta / kSectorDegrees);
-  const bool fits = sector >= INT32_MIN && sector <= INT32_MAX;
-  return fits ? static_cast<int32_t>(sector) : INT32_MIN;
-}
+// Rounds down.
+int32_t SectorOf(double theta) { return TruncateToInt32(std::floor(theta / kSectorDegrees)); }
 
 // From the +y axis towards +x, by arcsine on either side of the horizontal.
 double HueAngle(double dx, double dy, double distance) {

@@ -13,10 +13,7 @@ void UsrDesignAlgo::ThreeDLutCal(const UserDesignInfo& info, double* pLutData3D,
     log.Error(L"pLutData3D is wrong!");
     return;
   }
-  InitPanelInfo();
-  SetTargetGamut(info);
-  if (!HasGammas()) {
-    log.Error(L"Gamut Gamma is Zero!");
+  if (!Prepare(info, log)) {
     return;
   }
   double targetToPanel[9];
@@ -31,15 +28,22 @@ void UsrDesignAlgo::GammaLutCal(const UserDesignInfo& info, double* pLutDataGamm
     log.Error(L"pLutDataGamma is wrong!");
     return;
   }
-  InitPanelInfo();
-  SetTargetGamut(info);
-  if (!HasGammas()) {
-    log.Error(L"Gamut Gamma is Zero!");
+  if (!Prepare(info, log)) {
     return;
   }
   double targetToPanel[9];
   MatMultiply(xyzToPanelRgb_, targetToXyzUserWhite_, targetToPanel);
   FillUserGammaLut(targetToPanel, panelGamma_, pLutDataGamma);
+}
+
+bool UsrDesignAlgo::Prepare(const UserDesignInfo& info, const FunctionLog& log) {
+  InitPanelInfo();
+  SetTargetGamut(info);
+  if (panelGamma_ < kDesignZero || targetGamma_ < kDesignZero) {
+    log.Error(L"Gamut Gamma is Zero!");
+    return false;
+  }
+  return true;
 }
 
 void UsrDesignAlgo::InitPanelInfo() {
@@ -68,10 +72,6 @@ void UsrDesignAlgo::SetTargetGamut(const UserDesignInfo& info) {
   gamut.whiteX = info.whitePointX;
   gamut.whiteY = info.whitePointY;
   CalcColorSpaceConversionRgbToXyz(gamut, targetToXyzUserWhite_);
-}
-
-bool UsrDesignAlgo::HasGammas() const {
-  return !(panelGamma_ < kDesignZero || targetGamma_ < kDesignZero);
 }
 
 }  // namespace velora

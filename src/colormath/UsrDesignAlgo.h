@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "colormath/TargetGamuts.h"
+#include "frame/Log.h"
 #include "lut/ColorField3DLut.h"
 #include "velora/VeloraCtlApi.h"
 
@@ -22,9 +23,10 @@ class UsrDesignAlgo {
   void GammaLutCal(const UserDesignInfo& info, double* pLutDataGamma, uint32_t count);
 
  private:
+  // The matrices and gammas of a design; false, with a line of the caller's, for a gamma of zero.
+  bool Prepare(const UserDesignInfo& info, const FunctionLog& log);
   void InitPanelInfo();
   void SetTargetGamut(const UserDesignInfo& info);
-  bool HasGammas() const;
 
   double panelGamma_ = 0;
   double targetGamma_ = 0;

@@ -1,17 +1,13 @@
 #include "lut/LutBlock.h"
 
+#include "frame/IntegerCast.h"
 #include "panel/ByteOrder.h"
 
 namespace velora {
 namespace {
 
-// Towards zero. What no int32_t holds, and what is no number, becomes the lowest, as in the
-// processor's own conversion: a calculated LUT may hold it.
-uint32_t Truncate(double value) {
-  constexpr double kBound = 2147483648.0;
-  const bool fits = value > -kBound - 1 && value < kBound;
-  return static_cast<uint32_t>(fits ? static_cast<int32_t>(value) : INT32_MIN);
-}
+// A calculated LUT may hold any value.
+uint32_t Truncate(double value) { return static_cast<uint32_t>(TruncateToInt32(value)); }
 
 }  // namespace
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-// Big-endian numbers in byte arrays of any alignment.
+// Numbers in byte arrays of any alignment.
 namespace velora {
 
 constexpr uint16_t ReadBe16(const uint8_t* bytes) {
@@ -11,6 +11,10 @@ constexpr uint16_t ReadBe16(const uint8_t* bytes) {
 
 constexpr uint32_t ReadBe32(const uint8_t* bytes) {
   return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
+}
+
+constexpr uint32_t ReadLe32(const uint8_t* bytes) {
+  return uint32_t{bytes[3]} << 24 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[1]} << 8 | bytes[0];
 }
 
 constexpr void WriteBe32(uint32_t value, uint8_t* bytes) {

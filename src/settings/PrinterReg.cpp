@@ -1,5 +1,6 @@
 #include "settings/PrinterReg.h"
 
+#include "frame/IntegerCast.h"
 #include "frame/Log.h"
 #include "settings/Gains.h"
 
@@ -12,7 +13,7 @@ PrinterReg& PrinterReg::GetInstance() {
 
 ResultT PrinterReg::SetPrinterCcts(float cct) {
   constexpr FunctionLog log("PrinterReg::SetPrinterCcts");
-  const auto kelvin = static_cast<uint32_t>(static_cast<int>(cct));
+  const auto kelvin = static_cast<uint32_t>(TruncateToInt32(cct));
   if (RegWriteValue(HKEY_LOCAL_MACHINE, regPath_, L"SensorCCT", kelvin) != ResultOk) {
     log.Error(L"Save Printer SensorCCT fail");
     return ResultFailed;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -94,10 +95,20 @@ TEST_F(MonitorExtendModeTest, SetMonitorExtendMode_TheFormerFirstPathIsWrittenBa
   Arrange(Topology(2, 4, 10), Topology(2, 4, 20));
   EXPECT_TRUE(extend.SetMonitorExtendMode());
   EXPECT_THAT(PathIds(), ElementsAre(10, 21));
-  EXPECT_EQ(notebook.topology.paths[0].targetInfo.id, 60u) << "copied whole";
   EXPECT_THAT(ModeIds(), ElementsAre(20, 21, 22, 23));
   EXPECT_THAT(Lines(), ElementsAre(kEntered, kSucceeded));
   EXPECT_LOG();
+}
+
+TEST_F(MonitorExtendModeTest, SetMonitorExtendMode_TheFirstPathIsCopiedWhole) {
+  DisplayTopology before = Topology(2, 4, 10);
+  DISPLAYCONFIG_PATH_INFO& first = before.paths.front();
+  for (size_t i = 0; i < sizeof first; ++i) {
+    reinterpret_cast<unsigned char*>(&first)[i] = static_cast<unsigned char>(i + 1);
+  }
+  Arrange(before, Topology(2, 4, 20));
+  EXPECT_TRUE(extend.SetMonitorExtendMode());
+  EXPECT_EQ(memcmp(&notebook.topology.paths.front(), &first, sizeof first), 0);
 }
 
 TEST_F(MonitorExtendModeTest, SetMonitorExtendMode_TheCallsInTheirOrder) {
@@ -123,6 +134,8 @@ TEST_F(MonitorExtendModeTest, SetMonitorExtendMode_OnePath) {
   Arrange(Topology(1, 4, 10), Topology(1, 4, 20));
   EXPECT_FALSE(extend.SetMonitorExtendMode());
   EXPECT_THAT(Lines(), ElementsAreArray(SizeLines(L"1", L"1", L"4", L"4")));
+  EXPECT_EQ(notebook.CountCalls("QueryDisplayConfig"), 2u) << "the new arrangement is read";
+  EXPECT_EQ(notebook.CountCalls("SetDisplayConfig"), 1u);
   EXPECT_THAT(PathIds(), ElementsAre(20)) << "the switch stays";
 }
 

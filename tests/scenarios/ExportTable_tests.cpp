@@ -17,6 +17,10 @@
 namespace virtualnotebook {
 namespace {
 
+// The compiler's names of the text types within the names of C++ functions.
+#define STRING "NSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"
+#define WSTRING "NSt7__cxx1112basic_stringIwSt11char_traitsIwESaIwEEE"
+
 using testing::IsSupersetOf;
 using testing::UnorderedElementsAreArray;
 
@@ -119,6 +123,8 @@ TEST_F(TablesTest, ExportsAreTheseAndNoOthers) {
       // Natural colour settings
       "GetNatureColorStatus",
       "SetNatureColorStatus",
+      "InitNatureColor",
+      "FiniNatureColor",
       // Colour mode settings
       "GetColorFieldCurrentMode",
       "SetColorFieldCurrentMode",
@@ -161,6 +167,26 @@ TEST_F(TablesTest, ExportsAreTheseAndNoOthers) {
       "SyncSysColorField",
       "SyncCurrentModeIccFile",
       "ResetColorField",
+      // Telemetry
+      "OrbviewReportDataSync",
+      "OrbviewReportDataAsync",
+      // Of the telemetry library's header
+      "_ZN7OrbViewaSERKS_",
+      "_ZN7OrbViewaSEOS_",
+      "_ZN7OrbView15VariadicKVPairsER8OrbEventPKcRK" STRING,
+      "_ZN7OrbView15VariadicKVPairsER8OrbEventRK" STRING "S9_",
+      "_ZN8OrbEvent11MAX_KEY_LENE",
+      "_ZN8OrbEvent13MAX_VALUE_LENE",
+      "_ZN8OrbEvent12MAX_PAIR_NUME",
+      "_ZN8OrbEvent12MAX_ARR_SIZEE",
+      "_ZN8OrbEvent12MAX_PATH_LENE",
+      "_ZN8OrbEvent12MAX_FILE_NUME",
+      "_ZN8OrbEvent11INVALID_NUME",
+      // Of the WMI library's header
+      "_ZN5NxSDK8WmiQueryC1E" WSTRING,
+      "_ZN5NxSDK8WmiQueryD1Ev",
+      "_ZN5NxSDK8WmiQueryD2Ev",
+      "_ZN5NxSDK8WmiQuery11ExcuteQueryI" WSTRING "EEiRKS7_S9_RSt6vectorIT_SaISB_EEb",
   };
   EXPECT_THAT(tables.Exports(), UnorderedElementsAreArray(names));
 }
@@ -171,11 +197,15 @@ TEST_F(TablesTest, ImportsByName) {
   const std::map<std::string, std::vector<std::string>> required = {
       {"advapi32.dll",
        {"RegOpenKeyW", "RegCreateKeyExW", "RegQueryValueExW", "RegSetValueExW", "RegDeleteKeyW",
-        "RegCloseKey", "InitializeSecurityDescriptor", "SetSecurityDescriptorDacl"}},
+        "RegCloseKey", "InitializeSecurityDescriptor", "SetSecurityDescriptorDacl",
+        "OpenSCManagerW", "OpenServiceW", "QueryServiceStatus", "CloseServiceHandle"}},
       {"kernel32.dll",
        {"GetPrivateProfileStringW", "GetSystemFirmwareTable", "CreateFileA", "ReadFile",
         "WriteFile", "GetFileSizeEx", "CloseHandle", "CreateEventW", "SetEvent",
-        "WaitForSingleObject"}},
+        "WaitForSingleObject", "GetModuleFileNameW", "CreateToolhelp32Snapshot", "Process32FirstW",
+        "Process32NextW"}},
+      {"ole32.dll", {"CoInitializeEx", "CoUninitialize", "CoCreateInstance", "PropVariantClear"}},
+      {"wtsapi32.dll", {"WTSEnumerateSessionsW", "WTSQuerySessionInformationW", "WTSFreeMemory"}},
       {"user32.dll",
        {"EnumDisplayDevicesW", "EnumDisplayMonitors", "GetMonitorInfoW",
         "GetDisplayConfigBufferSizes", "QueryDisplayConfig", "SetDisplayConfig"}},
@@ -196,10 +226,17 @@ TEST_F(TablesTest, ImportsByName) {
         "traitsIwESaIwEEE"}},
       {"corekit.dll",
        {"LcdLogMessage", "_ZN7CoreKit16IsAdminPrivilegeEv", "_ZN7CoreKit17GetLogonSessionIdEv",
-        "_ZN7CoreKit14GetDisplayTypeEv"}},
+        "_ZN7CoreKit14GetDisplayTypeEv",
+        "_ZN7CoreKit33LoadUserProcessByServerPriviledgeERK" WSTRING "S7_"}},
       {"wmikit.dll",
-       {"_ZN5NxSDK8WmiQuery15ExcuteQueryImplERKNSt7__cxx1112basic_string"
-        "IwSt11char_traitsIwESaIwEEES8_RKSt8functionIFvRK10tagVARIANTEEb"}},
+       {"_ZN5NxSDK8WmiQuery15ExcuteQueryImplERK" WSTRING "S8_RKSt8functionIFvRK10tagVARIANTEEb",
+        "_ZN5NxSDK8WmiQuery9GetResultERK10tagVARIANTR" WSTRING,
+        "_ZN5NxSDK7BiosWmi11GetBiosInfoERNS_14WmiInputParamsERNS_15WmiOutputParamsE",
+        "_ZN5NxSDK16BiosEventMonitorC1Ev", "_ZN5NxSDK16BiosEventMonitor17StartEventMonitorEPFvjE",
+        "_ZN5NxSDK16BiosEventMonitor16StopEventMonitorEv"}},
+      {"orbevent.dll",
+       {"_ZN8OrbEventC1Ei", "_ZN8OrbEventD1Ev", "_ZN8OrbEvent9PutStringERK" STRING "S7_",
+        "_ZN7OrbView6ReportER8OrbEvent"}},
   };
   for (const auto& [library, functions] : required) {
     SCOPED_TRACE(library);
@@ -214,7 +251,6 @@ TEST_F(TablesTest, NoImportByNumber) {
   }
 }
 
-// Beside the closed libraries it needs nothing that a system does not have.
 // Curves come out of the tool chain's own pow, linked in: the C runtime's may differ by one unit in
 // the last place.
 TEST_F(TablesTest, PowIsLinkedIn) {
@@ -224,10 +260,12 @@ TEST_F(TablesTest, PowIsLinkedIn) {
   }
 }
 
+// Beside the closed libraries it needs nothing that a system does not have.
 TEST_F(TablesTest, ImportedLibraries) {
   const std::set<std::string> known = {
-      "advapi32.dll", "kernel32.dll", "msvcrt.dll",  "user32.dll",         "dxva2.dll",
-      "logkit.dll",   "mscms.dll",    "corekit.dll", "veloraplatform.dll", "wmikit.dll"};
+      "advapi32.dll", "kernel32.dll", "msvcrt.dll",   "user32.dll",         "dxva2.dll",
+      "logkit.dll",   "mscms.dll",    "corekit.dll",  "veloraplatform.dll", "wmikit.dll",
+      "ole32.dll",    "oleaut32.dll", "wtsapi32.dll", "orbevent.dll"};
   for (const auto& [library, functions] : tables.Imports()) {
     EXPECT_TRUE(known.contains(library)) << library;
   }

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,8 @@ constexpr wchar_t kOtherDevice[] = L"DISPLAY\\AAA0001\\5&2b&0&UID4354";
 // Wine's own; the monitor's default profile at the start.
 constexpr wchar_t kOldProfile[] = L"srgb color space profile.icm";
 constexpr wchar_t kColorDir[] = L"C:\\windows\\system32\\spool\\drivers\\color\\";
+
+constexpr wchar_t kSettings[] = L"SOFTWARE\\Norvex\\Velora";
 
 std::wstring Wide(const std::string& ascii) { return {ascii.begin(), ascii.end()}; }
 
@@ -138,6 +142,22 @@ class ExternalMonitorScenario : public testing::Test {
     return notebook.desktop.at(monitor).physicalMonitors.front();
   }
   std::wstring DefaultProfile() { return notebook.profiles.at(device_).front(); }
+
+  // Every write over DDC/CI since the records were emptied, taken by a monitor or not.
+  std::vector<std::string> Sent() const {
+    std::vector<std::string> writes;
+    for (const auto& call : notebook.calls) {
+      if (call.function == "SetVCPFeature") {
+        writes.push_back(testsupport::Utf8(call.arguments[1] + L"=" + call.arguments[2]));
+      }
+    }
+    return writes;
+  }
+  static std::vector<std::string> SentFor(int mode) {
+    if (mode == SrgbMode) return {"224=6"};
+    if (mode == P3Mode) return {"224=1"};
+    return {};
+  }
 
   const std::wstring device_ = virtualnotebook::MonitorDeviceId(kMakersDevice);
   virtualnotebook::InstalledFiles files_;
@@ -264,6 +284,126 @@ TEST_F(ExternalMonitorScenario, NoOtherWayTouchesTheMonitor) {
     }
   }
   EXPECT_THAT(notebook.monitorArrays, IsEmpty());
+}
+
+// --- What leaves, whatever the arguments ---
+
+// Numbers around each that means something (modes, set types, the code, the values), in their low
+// bytes too, and the limits.
+std::vector<int> Numbers() {
+  std::vector<int> numbers = {std::numeric_limits<int>::min(),
+                              std::numeric_limits<int>::min() + 1,
+                              std::numeric_limits<int>::max(),
+                              -65536,
+                              -256 + SrgbMode,
+                              -224,
+                              255,
+                              256,
+                              256 + SrgbMode,
+                              256 + P3Mode,
+                              65536 + P3Mode,
+                              0x01000001};
+  for (int number = -3; number <= 13; ++number) numbers.push_back(number);
+  for (int number = 223; number <= 225; ++number) numbers.push_back(number);
+  return numbers;
+}
+
+// Registrations and switches with every number, and what the next switches then send.
+TEST_F(ExternalMonitorScenario, NoRegistrationSendsAnythingElse) {
+  for (const int number : Numbers()) {
+    SCOPED_TRACE(number);
+    notebook.ForgetRecords();
+    ColorFieldInitInfo init{};
+    init.defaultMode = number;
+    init.reservedType = static_cast<uint32_t>(number);
+    ASSERT_EQ(library_.InitColorFieldInfo(&init), ResultOk);
+    ColorFieldModeInfo mode{};
+    mode.mode = number;
+    mode.gamut = number;
+    mode.gamma = mode.temperR = mode.temperG = mode.temperB = number;
+    ASSERT_EQ(library_.AddColorFieldModeInfo(&mode), ResultOk);
+    UserDesignInfo user{};
+    user.mode = user.gamut = user.whitePointMode = user.gammaMode = number;
+    ASSERT_EQ(library_.AddUsrDesignInfo(&user), ResultOk);
+    EXPECT_THAT(Sent(), IsEmpty());
+    EXPECT_EQ(library_.SetColorField(SrgbMode), ResultOk);
+    EXPECT_EQ(library_.SetColorField(P3Mode), ResultOk);
+    EXPECT_THAT(Sent(), ElementsAre("224=6", "224=1"));
+  }
+}
+
+// Only the set type 0 and the modes 1 and 2, both as they are stored, lead to the monitor.
+TEST_F(ExternalMonitorScenario, NoResetSendsAnythingElse) {
+  const testsupport::ScopedKey settings(HKEY_LOCAL_MACHINE, kSettings);
+  for (const int setType : Numbers()) {
+    for (const int mode : Numbers()) {
+      SCOPED_TRACE(std::to_string(setType) + ", " + std::to_string(mode));
+      notebook.ForgetRecords();
+      ASSERT_EQ(library_.SetColorFieldSetType(setType), ResultOk);
+      ASSERT_EQ(library_.SetColorFieldResetMode(mode), ResultOk);
+      library_.ResetColorField();
+      EXPECT_EQ(Sent(), setType == 0 ? SentFor(mode) : std::vector<std::string>());
+    }
+  }
+}
+
+// The system has a profile that no mode knows: the default mode's output is switched on, unless it
+// is the stored one.
+TEST_F(ExternalMonitorScenario, NoSynchronisationSendsAnythingElse) {
+  const testsupport::ScopedKey settings(HKEY_LOCAL_MACHINE, kSettings);
+  for (const int defaultMode : Numbers()) {
+    ColorFieldInitInfo init{};
+    init.defaultMode = defaultMode;
+    ASSERT_EQ(library_.InitColorFieldInfo(&init), ResultOk);
+    for (const int stored : Numbers()) {
+      SCOPED_TRACE(std::to_string(defaultMode) + ", " + std::to_string(stored));
+      notebook.ForgetRecords();
+      ASSERT_EQ(library_.SetColorFieldCurrentMode(stored), ResultOk);
+      library_.SyncSysColorField();
+      library_.SyncCurrentModeIccFile();
+      EXPECT_EQ(Sent(), defaultMode == stored ? std::vector<std::string>() : SentFor(defaultMode));
+    }
+  }
+}
+
+// The other exports that take a number, or a record with one.
+TEST_F(ExternalMonitorScenario, NothingElseReachesTheMonitor) {
+  const testsupport::ScopedKey settings(HKEY_LOCAL_MACHINE, kSettings);
+  for (const int number : Numbers()) {
+    const auto unsignedNumber = static_cast<uint32_t>(number);
+    library_.SetEyeProtectHandleType(number);
+    library_.SetEyeProtectValue(number);
+    library_.SetTemperatureValue(number);
+    library_.SetColorTemperatureType(number);
+    library_.SetFeatureSupport(number, number);
+    library_.SetDisplayerCheck(number, number);
+    library_.SetFrameWorkType(number);
+    const Color2DInfo two{.temperature = unsignedNumber, .colorBlue = unsignedNumber};
+    library_.Set2DColorTemperature(&two);
+    const double gain = number;
+    const Color3DInfo three{
+        .r = gain, .g = gain, .b = gain, .colorBlue = unsignedNumber, .protectValue = gain};
+    library_.Set3DColorTemperature(&three);
+    const FusionInfo input{.status = unsignedNumber, .colorInfo = three};
+    Color3DInfo fused{};
+    library_.Fusion(unsignedNumber, &input, &fused);
+    WhitePointFineTueInfo tuning{.id = "x", .mode = number, .r = 1, .g = 1, .b = 1};
+    try {
+      library_.WhitePointFineTue(&tuning);
+    } catch (const std::out_of_range&) {
+      // what a mode outside the table of modes gives
+    }
+    UserDesignInfo design{};
+    design.mode = design.gamut = design.whitePointMode = design.gammaMode = number;
+    design.id[0] = design.modeName[0] = 'x';
+    library_.SaveUserSelfColor(&design);
+    library_.EditUserColorField(&design, "x");
+    library_.SetUserColorField("x");
+    library_.DeleteUserSelfColor("x");
+  }
+  std::filesystem::remove_all("C:\\ProgramData\\Comms\\NxVelora\\User");
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_EQ(notebook.CountCalls("GetPhysicalMonitorsFromHMONITOR"), 0u);
 }
 
 // Once each, a call on the way to the monitors fails. What is not a success leaves the old profile.

@@ -93,4 +93,26 @@ void HostProcess::Kill() const {
   WaitForSingleObject(process_, kPatience);
 }
 
+DWORD RunTest(const std::wstring& name) {
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  std::wstring command =
+      L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + name;
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &process)) {
+    return GetLastError();
+  }
+  DWORD result = WAIT_FAILED;
+  if (WaitForSingleObject(process.hProcess, kPatience) != WAIT_OBJECT_0) {
+    TerminateProcess(process.hProcess, WAIT_TIMEOUT);
+  }
+  GetExitCodeProcess(process.hProcess, &result);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return result;
+}
+
 }  // namespace scenarios

@@ -34,4 +34,7 @@ class HostProcess {
   HANDLE output_ = nullptr;  // of the process
 };
 
+// Runs one test of this program in a process of its own, disabled or not; its exit code.
+DWORD RunTest(const std::wstring& name);
+
 }  // namespace scenarios

@@ -2,10 +2,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
 
+#include "closed/TestFiles.h"
 #include "support/NotebookTest.h"
 #include "virtualnotebook/HostedLibrary.h"
 
@@ -13,6 +15,8 @@ namespace virtualnotebook {
 namespace {
 
 using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::EndsWith;
 
 // The calls that log, in their order; the first logger's line as "level text".
 std::vector<std::wstring> LoggedBy(const Notebook& notebook) {
@@ -48,15 +52,61 @@ TEST(MonitorExtendMode, EachCallFailsOnce) {
   library.notebook.sleeps = false;
   library.notebook.topology.paths.resize(2);
   library.notebook.topology.modes.resize(4);
-  for (const char* function :
-       {"GetDisplayConfigBufferSizes", "QueryDisplayConfig", "SetDisplayConfig"}) {
-    for (const unsigned n : {1u, 2u}) {
-      library.notebook.ClearFaults();
-      library.notebook.FailCall(function, n, ERROR_GEN_FAILURE);
-      const bool isTheSwitch = std::string(function) == "SetDisplayConfig" && n == 1;
-      EXPECT_EQ(library.SetMonitorExtendMode(), isTheSwitch) << function << n;
-    }
+  const auto line = [](const std::wstring& text, const std::wstring& method) {
+    return L"NxLogger " + text + L"(MonitorExtendMode::" + method + L")";
+  };
+  const std::wstring call = L"1 (SetMonitorExtendMode)";
+  const std::wstring entered = line(L"3 enter SetMonitorExtendMode!", L"SetMonitorExtendMode");
+  const std::wstring sizes =
+      line(L"4 GetDisplayConfigBufferSizes failed!31", L"GetDisplayConfigData");
+  const std::wstring query = line(L"4 QueryDisplayConfig failed!31", L"GetDisplayConfigData");
+  const std::wstring noOld = line(L"3 GetDisplayConfigDataOld failed!", L"SetMonitorExtendMode");
+  const std::wstring noNew = line(L"3 GetDisplayConfigDataNew failed!", L"SetMonitorExtendMode");
+  const std::wstring done = line(L"3 SetMonitorExtendMode success!", L"SetMonitorExtendMode");
+  const struct {
+    const char* function;
+    unsigned n;
+    bool result;
+    std::vector<std::wstring> log;
+    size_t switches;
+  } cases[] = {
+      {"GetDisplayConfigBufferSizes", 1, false, {call, entered, sizes, noOld}, 0},
+      {"QueryDisplayConfig", 1, false, {call, entered, query, noOld}, 0},
+      {"SetDisplayConfig", 1, true, {call, entered, done}, 2},
+      {"GetDisplayConfigBufferSizes", 2, false, {call, entered, sizes, noNew}, 1},
+      {"QueryDisplayConfig", 2, false, {call, entered, query, noNew}, 1},
+      {"SetDisplayConfig", 2, false, {call, entered}, 2},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.function + std::to_string(each.n));
+    library.notebook.ForgetRecords();
+    library.notebook.ClearFaults();
+    library.notebook.FailCall(each.function, each.n, ERROR_GEN_FAILURE);
+    EXPECT_EQ(library.SetMonitorExtendMode(), each.result);
+    EXPECT_THAT(LoggedBy(library.notebook), ElementsAreArray(each.log));
+    EXPECT_EQ(library.notebook.CountCalls("SetDisplayConfig"), each.switches);
   }
+}
+
+// The second logger's own file shows what its levels mean: 3 is information, 4 an error.
+TEST(MonitorExtendMode, TheSecondLoggersFile) {
+  HostedLibrary library;
+  library.notebook.sleeps = false;
+  const LONG error = static_cast<LONG>(GetTickCount() | 1);  // tells this run's lines from others
+  library.notebook.FailCall("QueryDisplayConfig", 1, static_cast<uint64_t>(error));
+  EXPECT_FALSE(library.SetMonitorExtendMode());
+  const std::vector<std::string> lines = closedtests::LogLinesWith(
+      std::string(closedtests::kLogDirectory) + "nxlogger.log", "(MonitorExtendMode::");
+  const auto failure = std::ranges::find_if(lines, [&](const std::string& line) {
+    return line.ends_with(" ERROR QueryDisplayConfig failed!" + std::to_string(error) +
+                          "(MonitorExtendMode::GetDisplayConfigData)");
+  });
+  ASSERT_NE(failure, lines.end());
+  ASSERT_EQ(failure, lines.end() - 2);
+  EXPECT_THAT(failure[-1], EndsWith(" INFO enter SetMonitorExtendMode!"
+                                    "(MonitorExtendMode::SetMonitorExtendMode)"));
+  EXPECT_THAT(failure[1], EndsWith(" INFO GetDisplayConfigDataOld failed!"
+                                   "(MonitorExtendMode::SetMonitorExtendMode)"));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -26,8 +25,8 @@ void ExpectEveryActAsAnnounced(const Bytes& edid) {
 TEST(Tour, EveryActEndsAsAnnounced) { ExpectEveryActAsAnnounced(virtualnotebook::MakeEdid({})); }
 
 TEST(Tour, EveryActEndsAsAnnouncedOnRealPanels) {
-  const char* folder = std::getenv("VELORA_EDID_DIR");
-  if (folder == nullptr) GTEST_SKIP() << "VELORA_EDID_DIR names no folder of real EDIDs";
+  const std::string folder = VELORA_EDID_DIR;
+  if (folder.empty()) GTEST_SKIP() << "VELORA_EDID_DIR names no folder of real EDIDs";
   for (const auto& file : std::filesystem::directory_iterator(folder)) {
     if (file.path().extension() != ".hex") continue;
     SCOPED_TRACE(file.path().string());

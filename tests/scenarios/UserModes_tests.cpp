@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "scenarios/HostProcess.h"
 #include "support/NotebookTest.h"
 #include "support/Registry.h"
 #include "virtualnotebook/Factory.h"
@@ -229,27 +230,6 @@ TEST(UserModeService, DISABLED_Saves) {
       virtualnotebook::MakeMachine(virtualnotebook::PanelDescription{}).firmwareTable;
   const UserDesignInfo info = Design("Service%1", "Service", 0.3457, 0.3585);
   EXPECT_EQ(service.SaveUserSelfColor(&info), ResultOk);
-}
-
-// Runs one test of this program in a process of its own; its exit code.
-DWORD RunTest(const std::wstring& name) {
-  wchar_t program[MAX_PATH];
-  GetModuleFileNameW(nullptr, program, MAX_PATH);
-  std::wstring command =
-      L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + name;
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &startup, &process)) {
-    return GetLastError();
-  }
-  DWORD result = WAIT_FAILED;
-  WaitForSingleObject(process.hProcess, INFINITE);
-  GetExitCodeProcess(process.hProcess, &result);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-  return result;
 }
 
 // The application has registered the mode too; files, store and profile are the service's.

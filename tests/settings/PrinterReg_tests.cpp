@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+
 #include "settings/SettingsTest.h"
 
 namespace velora {
@@ -22,6 +25,19 @@ TEST_F(PrinterRegTest, Ccts_AreTruncatedTowardsZero) {
     EXPECT_EQ(settings.SetPrinterCcts(row.cct), ResultOk);
     EXPECT_EQ(Stored(), (RegistryValues{{L"SensorCCT", DwordValue(row.stored)}}));
   }
+}
+
+// No such number of kelvin: what the processor's conversion gives.
+TEST_F(PrinterRegTest, Ccts_BeyondAnInteger) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  for (const float cct : {std::nanf(""), kInfinity, -kInfinity, 2147483648.0F, -2147483904.0F}) {
+    SCOPED_TRACE(cct);
+    EXPECT_EQ(settings.SetPrinterCcts(5000), ResultOk);
+    EXPECT_EQ(settings.SetPrinterCcts(cct), ResultOk);
+    EXPECT_EQ(Stored(), (RegistryValues{{L"SensorCCT", DwordValue(0x80000000)}}));
+  }
+  EXPECT_EQ(settings.SetPrinterCcts(2147483520.0F), ResultOk);  // the largest that fits
+  EXPECT_EQ(Stored(), (RegistryValues{{L"SensorCCT", DwordValue(0x7FFFFF80)}}));
 }
 
 TEST_F(PrinterRegTest, Ccts_Lines) {

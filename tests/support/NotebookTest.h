@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -47,6 +48,14 @@ class NotebookTest : public ::testing::Test {
 // The calls of these functions, by name, in their order: others are left out.
 std::vector<std::string> CallsOf(const virtualnotebook::Notebook& notebook,
                                  const std::vector<std::string>& functions);
+
+// Looks again and again for as long as the predicate is false; what it gave last. The waiting
+// leaves no record.
+bool WaitUntil(const std::function<bool()>& predicate, uint64_t milliseconds = 10000);
+
+// The line comes into the log.
+::testing::AssertionResult LoggedWithin(const virtualnotebook::Notebook& notebook, int level,
+                                        const std::wstring& text, uint64_t milliseconds = 10000);
 
 // For tests that have a notebook by this name.
 #define EXPECT_LOGGED(level, text) EXPECT_TRUE(testsupport::Logged(notebook, level, text))

@@ -34,10 +34,14 @@ namespace {
     return ::testing::AssertionSuccess();
   }
   auto failure = ::testing::AssertionFailure() << complaint << "\nthe log:";
-  for (const LogLine& line : notebook.log) {
+  for (const LogLine& line : notebook.LogNow()) {
     failure << "\n  " << ::testing::PrintToString(line);
   }
   return failure;
+}
+
+bool IsLogged(const virtualnotebook::Notebook& notebook, const LogLine& line) {
+  return std::ranges::count(notebook.LogNow(), line) > 0;
 }
 
 }  // namespace
@@ -54,13 +58,13 @@ std::string Utf8(const std::wstring& text) {
 ::testing::AssertionResult Logged(const virtualnotebook::Notebook& notebook, int level,
                                   const std::wstring& text) {
   const LogLine line{level, text};
-  return Verdict(std::ranges::count(notebook.log, line) > 0, notebook,
+  return Verdict(IsLogged(notebook, line), notebook,
                  "not logged: " + ::testing::PrintToString(line));
 }
 
 ::testing::AssertionResult NothingLogged(const virtualnotebook::Notebook& notebook,
                                          const std::wstring& part) {
-  const bool found = std::ranges::any_of(notebook.log, [&](const LogLine& line) {
+  const bool found = std::ranges::any_of(notebook.LogNow(), [&](const LogLine& line) {
     return line.text.find(part) != std::wstring::npos;
   });
   return Verdict(!found, notebook, "logged: \"" + Utf8(part) + "\"");
@@ -72,18 +76,35 @@ std::string Utf8(const std::wstring& text) {
   for (const LogLine& line : lines) {
     complaint += "\n  " + ::testing::PrintToString(line);
   }
-  return Verdict(notebook.log == lines, notebook, complaint);
+  return Verdict(notebook.LogNow() == lines, notebook, complaint);
 }
 
 std::vector<std::string> CallsOf(const virtualnotebook::Notebook& notebook,
                                  const std::vector<std::string>& functions) {
   std::vector<std::string> calls;
-  for (const virtualnotebook::Call& call : notebook.calls) {
+  for (const virtualnotebook::Call& call : notebook.CallsNow()) {
     if (std::ranges::find(functions, call.function) != functions.end()) {
       calls.push_back(call.function);
     }
   }
   return calls;
+}
+
+bool WaitUntil(const std::function<bool()>& predicate, uint64_t milliseconds) {
+  const uint64_t end = GetTickCount64() + milliseconds;
+  bool holds = predicate();
+  while (!holds && GetTickCount64() < end) {
+    SleepEx(1, FALSE);  // the notebook stands in for Sleep
+    holds = predicate();
+  }
+  return holds;
+}
+
+::testing::AssertionResult LoggedWithin(const virtualnotebook::Notebook& notebook, int level,
+                                        const std::wstring& text, uint64_t milliseconds) {
+  const LogLine line{level, text};
+  WaitUntil([&] { return IsLogged(notebook, line); }, milliseconds);
+  return Logged(notebook, level, text);
 }
 
 ScopedKey::ScopedKey(HKEY root, const std::wstring& path) : root_(root), path_(path) {

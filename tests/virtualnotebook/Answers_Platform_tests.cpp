@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
 #include <vector>
 
@@ -73,6 +74,22 @@ TEST_F(Platform, AFailedCallLeavesThePipeline) {
   notebook.FailCall("PlatformReset3DLut", 1, 7);
   EXPECT_EQ(PlatformReset3DLut(), 7);
   EXPECT_EQ(notebook.platform.lut3D, lut);
+}
+
+TEST_F(Platform, KeepsEvery3DColorTemperatureThatWasAccepted) {
+  const Color3DInfo warm{1, 0.75, 0.5, 0, 0.25};
+  const Color3DInfo neutral{1, 1, 1, 255, 0};
+  EXPECT_EQ(PlatformSet3DColorTemperature(&warm), 0);
+  notebook.FailCall("PlatformSet3DColorTemperature", 1, 7);
+  EXPECT_EQ(PlatformSet3DColorTemperature(&neutral), 7);
+  EXPECT_NE(PlatformSet3DColorTemperature(nullptr), 0);
+  EXPECT_EQ(PlatformSet3DColorTemperature(&neutral), 0);
+  EXPECT_EQ(PlatformSet3DColorTemperature(&warm), 0);
+  const auto& kept = notebook.platform.temperatures3D;
+  ASSERT_EQ(kept.size(), 3U);
+  EXPECT_EQ(std::memcmp(&kept[0], &warm, sizeof warm), 0);
+  EXPECT_EQ(std::memcmp(&kept[1], &neutral, sizeof neutral), 0);
+  EXPECT_EQ(kept[2].g, 0.75);
 }
 
 TEST_F(Platform, GetPlatform_NeedsARecord) { EXPECT_NE(GetPlatform(nullptr), 0); }

@@ -5,8 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "CoreKit/CoreKit.h"
 #include "support/NotebookTest.h"
@@ -151,6 +154,101 @@ TEST_F(Notebook_OnTheProgram, RecordsFromSeveralThreads) {
   other.join();
   EXPECT_EQ(notebook.log.size(), size_t{2 * kLines});
   EXPECT_EQ(notebook.CountCalls("LcdLogMessage"), size_t{2 * kLines});
+}
+
+TEST_F(Notebook_OnTheProgram, OnCall_RunsAheadOfTheCallOnItsThread) {
+  std::vector<std::wstring> seen;
+  DWORD thread = 0;
+  notebook.onCall = [&](const Call& call) {
+    seen.insert(seen.end(), call.arguments.begin(), call.arguments.end());
+    thread = GetCurrentThreadId();
+    EXPECT_TRUE(notebook.log.empty()) << "the call is still to come";
+  };
+  LcdLogMessage(3, L"line");
+  EXPECT_THAT(seen, ElementsAre(L"3", L"line"));
+  EXPECT_EQ(thread, GetCurrentThreadId());
+  EXPECT_LOG({3, L"line"});
+}
+
+TEST_F(Notebook_OnTheProgram, OnCall_MayCallAndIsNotReentered) {
+  unsigned runs = 0;
+  notebook.onCall = [&](const Call&) {
+    ++runs;
+    EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
+    EXPECT_EQ(notebook.CountCalls("RegCloseKey"), size_t{runs});
+  };
+  LcdLogMessage(1, L"one");
+  LcdLogMessage(1, L"two");
+  EXPECT_EQ(runs, 2U);
+  EXPECT_EQ(
+      testsupport::CallsOf(notebook, {"LcdLogMessage", "RegOpenKeyW"}),
+      (std::vector<std::string>{"RegOpenKeyW", "LcdLogMessage", "RegOpenKeyW", "LcdLogMessage"}));
+}
+
+TEST_F(Notebook_OnTheProgram, OnCall_RunsAgainAfterItThrew) {
+  unsigned runs = 0;
+  notebook.onCall = [&](const Call&) {
+    if (++runs == 1) {
+      throw std::runtime_error("thrown ahead of the call");
+    }
+  };
+  EXPECT_THROW(LcdLogMessage(1, L"lost"), std::runtime_error);
+  LcdLogMessage(1, L"kept");
+  EXPECT_EQ(runs, 2U);
+  EXPECT_LOG({1, L"kept"});
+}
+
+TEST_F(Notebook_OnTheProgram, OnCall_RunsOnOtherThreadsMeanwhile) {
+  std::atomic<unsigned> runs = 0;
+  notebook.onCall = [&](const Call& call) {
+    ++runs;
+    if (call.arguments[1] == L"first") {  // the other thread's call must not wait for this one
+      std::thread([] { LcdLogMessage(1, L"second"); }).join();
+    }
+  };
+  LcdLogMessage(1, L"first");
+  EXPECT_GE(runs, 2U);
+  EXPECT_LOG({1, L"second"}, {1, L"first"});
+}
+
+TEST_F(Notebook_OnTheProgram, CountOpen_RefusesWhatGivesNothing) {
+  EXPECT_THROW(notebook.CountOpen("RegOpenKeyW"), std::invalid_argument);
+  EXPECT_THROW(notebook.CountOpen("WTSFreeMemory"), std::invalid_argument);
+  EXPECT_EQ(notebook.CountOpen("WTSEnumerateSessionsW"), 0U);
+}
+
+// Meant to be run while another thread writes: each copy is whole.
+TEST_F(Notebook_OnTheProgram, LogAndCallsAreReadWhileThreadsRun) {
+  constexpr int kLines = 2000;
+  std::thread other([] {
+    for (int i = 0; i < kLines; ++i) {
+      LcdLogMessage(1, L"line");
+    }
+  });
+  size_t lines = 0;
+  EXPECT_TRUE(testsupport::WaitUntil([&] {
+    const auto log = notebook.LogNow();
+    EXPECT_GE(log.size(), lines);
+    lines = log.size();
+    EXPECT_GE(notebook.CallsNow().size(), lines) << "a call is recorded ahead of its line";
+    return lines == kLines;
+  }));
+  other.join();
+}
+
+TEST_F(Notebook_OnTheProgram, Locked_ChangesWhatOtherThreadsRead) {
+  std::thread other([&] {
+    while (CoreKit::GetDisplayType() == 0) {
+      notebook.Locked([&] { notebook.startedProcesses.push_back({L"x", L""}); });
+    }
+  });
+  size_t started = 0;
+  EXPECT_TRUE(testsupport::WaitUntil([&] {
+    notebook.Locked([&] { started = notebook.startedProcesses.size(); });
+    return started > 0;
+  }));
+  notebook.Locked([&] { notebook.displayType = 1; });
+  other.join();
 }
 
 TEST_F(Notebook_OnTheProgram, ThereIsOneAtATime) {

@@ -7,6 +7,7 @@
 #include "virtualnotebook/ChromaticityDiagram.h"
 #include "virtualnotebook/ColourCircle.h"
 #include "virtualnotebook/CurvePlot.h"
+#include "virtualnotebook/DayPlot.h"
 
 namespace virtualnotebook {
 namespace {
@@ -47,7 +48,26 @@ TEST(ChromaticityDiagram, TrianglesAndWhitePoints) {
   EXPECT_NE(svg.find("points=\"448,388 "), std::string::npos);
 }
 
+TEST(DayPlot, StepsOfThreeTemperaturesAndThreeGains) {
+  const testsupport::ScratchDirectory directory;
+  WriteDayPlot(
+      directory.Path("day.svg"),
+      {{.hour = 0, .ambient = 3000, .target = 4000, .delivered = 2000, .gains = {1, 0.9, 0.6}},
+       {.hour = 12, .ambient = 7500, .target = 4000, .delivered = 2000, .gains = {1, 1, 1}}},
+      {{6, 9, "event"}});
+  const std::string svg = ReadText(directory.Path("day.svg"));
+  EXPECT_EQ(CountOf(svg, "<polyline"), 6u);
+  EXPECT_EQ(CountOf(svg, ">event<"), 1u);
+  // By hand: 60 + 40 an hour; 70 + 310 / 5500 a kelvin below 7500; 430 + 160 / 0.6 for 1 below 1.1.
+  EXPECT_EQ(CountOf(svg, "points=\"60,380 540,380 540,380 1020,380 \""), 1u) << "2000 K";
+  EXPECT_EQ(CountOf(svg, "points=\"60,323.636 540,323.636 540,70 1020,70 \""), 1u) << "the room";
+  EXPECT_EQ(CountOf(svg, "points=\"60,563.333 540,563.333 540,456.667 1020,456.667 \""), 1u)
+      << "blue";
+  EXPECT_EQ(CountOf(svg, "x=\"300\" y=\"70\" width=\"120\" height=\"310\""), 1u) << "the event";
+}
+
 TEST(Pictures, FilesThatCannotBeWritten) {
+  EXPECT_THROW(WriteDayPlot("Q:\\no\\such.svg", {}, {}), std::runtime_error);
   EXPECT_THROW(WriteCurvePlot("Q:\\no\\such.svg", "", {}), std::runtime_error);
   EXPECT_THROW(WriteChromaticityDiagram("Q:\\no\\such.svg", {}), std::runtime_error);
 }

@@ -4,11 +4,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "CoreKit/CoreKit.h"
+#include "orbevent/orbevent.h"
 #include "support/NotebookTest.h"
+#include "support/ReportingThreads.h"
 
 namespace testsupport {
 namespace {
@@ -58,7 +64,27 @@ TEST_F(Support, LeavesNoTraceInTheRecords) {
   ScratchDirectory scratch;
   scratch.Write("file.bin", {1});
   scratch.Read("file.bin");
+  WaitUntil([] { return false; }, 20);
   EXPECT_THAT(notebook.calls, ::testing::IsEmpty());
+}
+
+TEST_F(Support, WaitUntil_LooksUntilThePredicateHoldsOrTheTimeIsOver) {
+  int looks = 0;
+  EXPECT_TRUE(WaitUntil([&] { return ++looks == 3; }));
+  EXPECT_EQ(looks, 3);
+  const uint64_t start = GetTickCount64();
+  EXPECT_FALSE(WaitUntil([] { return false; }, 50));
+  EXPECT_GE(GetTickCount64() - start, 50U);
+}
+
+TEST_F(Support, LoggedWithin_WaitsForTheLine) {
+  std::thread other([] {
+    SleepEx(30, FALSE);
+    LcdLogMessage(1, L"late");
+  });
+  EXPECT_TRUE(LoggedWithin(notebook, 1, L"late"));
+  other.join();
+  EXPECT_FALSE(LoggedWithin(notebook, 2, L"late", 1));
 }
 
 TEST_F(Support, CallsOf_KeepsTheOrderOfTheFunctionsAskedFor) {
@@ -68,6 +94,26 @@ TEST_F(Support, CallsOf_KeepsTheOrderOfTheFunctionsAskedFor) {
   RegCloseKey(key);
   EXPECT_THAT(CallsOf(notebook, {"RegCloseKey", "RegOpenKeyW"}),
               ::testing::ElementsAre("RegOpenKeyW", "RegCloseKey"));
+}
+
+TEST_F(Support, ReportingThreads_AreHeldAndWaitedFor) {
+  ReportingThreads reporting(notebook);
+  std::atomic ended = 0;
+  std::vector<std::thread> threads;
+  {
+    const auto held = reporting.Hold();
+    for (int i = 0; i < 3; ++i) {
+      threads.emplace_back([&] {
+        { const OrbEvent event(1); }
+        ++ended;
+      });
+    }
+    EXPECT_EQ(notebook.CountCalls("OrbEvent::OrbEvent"), 0u);
+    EXPECT_EQ(ended, 0);
+  }
+  EXPECT_TRUE(reporting.End(3));
+  EXPECT_EQ(ended, 3);
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

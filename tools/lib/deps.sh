@@ -11,7 +11,7 @@ deps_recipe() { printf 'openssl 3.0, lcms2 2.14, recipe %s\n' \
 build_deps() {
   [[ $(cat "$deps/stamp" 2>/dev/null) != "$(deps_recipe)" ]] || return 0
   rm -rf "$deps_work"
-  mkdir -p "$deps_work/out/lib" "$deps_work/out/include"
+  mkdir -p "$deps_work/out/lib" "$deps_work/out/include" "$deps_work/out/licences"
   step deps-sources "Fetching the sources of OpenSSL and Little CMS" fetch_sources
   step deps-libcrypto "Cross-building libcrypto" build_libcrypto
   step deps-lcms2 "Cross-building Little CMS" build_lcms2
@@ -59,6 +59,7 @@ build_libcrypto() {
   make -j"$(nproc)" build_generated libcrypto.a
   cp libcrypto.a "$deps_work/out/lib/"
   cp -R include/openssl "$deps_work/out/include/"
+  cp LICENSE.txt "$deps_work/out/licences/openssl.txt"
 }
 
 build_lcms2() {
@@ -68,4 +69,5 @@ build_lcms2() {
   make -j"$(nproc)" -C src
   cp src/.libs/liblcms2.a "$deps_work/out/lib/"
   cp include/lcms2.h include/lcms2_plugin.h "$deps_work/out/include/"
+  cp COPYING "$deps_work/out/licences/lcms2.txt"
 }

@@ -2,12 +2,14 @@
 
 build_packages=(
   cmake ninja-build g++-mingw-w64-x86-64-posix # the product
+  lld                                          # its import library for MSVC
   dpkg-dev make perl xz-utils                  # libcrypto and Little CMS from their sources
   nlohmann-json3-dev libstb-dev                # header-only
   googletest                                   # sources, built with the tests
   wine64
 )
-test_packages=(g++ libssl-dev clang-format clang-tidy)
+test_packages=(g++ libssl-dev clang clang-format clang-tidy pkgconf python3)
+docs_packages=(doxygen)
 
 # install_packages PACKAGE...: installs those that are missing.
 install_packages() {

@@ -5,7 +5,7 @@ namespace tour {
 std::vector<Act> AllActs() {
   std::vector<Act> all;
   for (const std::span<const Act> acts :
-       {PresetActs(), WayActs(), ColourMathsActs(), UserModeActs()}) {
+       {PresetActs(), WayActs(), ColourMathsActs(), UserModeActs(), NaturalColourActs()}) {
     all.insert(all.end(), acts.begin(), acts.end());
   }
   return all;

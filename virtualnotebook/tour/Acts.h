@@ -30,10 +30,11 @@ struct Act {
 };
 
 // Each group starts a host of its own.
-std::span<const Act> PresetActs();       // one mode and damaged data
-std::span<const Act> WayActs();          // the same mode by each way to the panel
-std::span<const Act> ColourMathsActs();  // the colour circle and fusion
-std::span<const Act> UserModeActs();     // a mode of the user's own, from design to deletion
+std::span<const Act> PresetActs();         // one mode and damaged data
+std::span<const Act> WayActs();            // the same mode by each way to the panel
+std::span<const Act> ColourMathsActs();    // the colour circle and fusion
+std::span<const Act> UserModeActs();       // a mode of the user's own, from design to deletion
+std::span<const Act> NaturalColourActs();  // the panel follows the light in the room
 std::vector<Act> AllActs();
 
 }  // namespace tour

@@ -128,7 +128,7 @@ Outcome Stage::Do(const std::function<ResultT(HostedLibrary&)>& call) {
   const Clock::time_point start = Clock::now();
   const ResultT result = call(*library_);
   const std::chrono::duration<double, std::milli> time = Clock::now() - start;
-  return {result, time.count(), library_->notebook.log};
+  return {result, time.count(), library_->notebook.log, 0};
 }
 
 Outcome Stage::SetColorField(int mode) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "VeloraPlatform/SoftwarePanel.h"
+#include "virtualnotebook/DayPlot.h"
 #include "virtualnotebook/Factory.h"
 #include "virtualnotebook/HostedLibrary.h"
 #include "virtualnotebook/Machine.h"
@@ -25,6 +26,7 @@ struct Outcome {
   ResultT result = 0;
   double milliseconds = 0;
   std::vector<virtualnotebook::LogLine> log;
+  size_t linesLeftOut = 0;  // of the log
 };
 
 inline constexpr ColorFieldSetType kDdcciWay = 0;
@@ -73,6 +75,8 @@ class Stage {
   void PlugPanel(const Bytes& edid) { panel_.Replace(edid); }
 
   std::string DefaultProfile();  // of the panel, as the system has it; empty: none
+
+  std::vector<virtualnotebook::DaySample> day;  // what an act saw, for its picture
 
   softwarepanel::State Shown() const;
   uint64_t PanelChanges() const { return viewer_.Sequence(); }

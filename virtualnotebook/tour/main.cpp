@@ -87,6 +87,9 @@ bool Play(size_t number, const Act& act, Stage& stage) {
   for (const LogLine& line : report.outcome.log) {
     std::printf("   %-5s  %s\n", LevelName(line.level), Utf8(line.text).c_str());
   }
+  if (report.outcome.linesLeftOut > 0) {
+    std::printf("   and %zu more lines of the log\n", report.outcome.linesLeftOut);
+  }
   std::printf("\n   result %d in %.2f ms\n", static_cast<int>(report.outcome.result),
               report.outcome.milliseconds);
   bool all = true;

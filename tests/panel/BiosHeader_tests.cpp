@@ -1,11 +1,13 @@
-#include "panel/BiosHeaderV2.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string>
+#include <vector>
 
+#include "panel/BiosHeaderV1.h"
+#include "panel/BiosHeaderV2.h"
 #include "panel/TestBlockHeader.h"
 #include "support/GuardedBuffer.h"
 #include "support/LogCapture.h"
@@ -20,8 +22,41 @@ using Lines = std::vector<Line>;
 
 constexpr int kError = 3;
 
-TEST(BiosHeaderV2, Constructor_IsEmpty) {
-  const BiosHeaderV2 header;
+// --- What both versions do ---
+
+// The least length that is taken.
+template <typename Header>
+constexpr size_t kMin = 0;
+template <>
+constexpr size_t kMin<BiosHeaderV1> = 66;
+template <>
+constexpr size_t kMin<BiosHeaderV2> = 123;
+
+template <typename Header>
+class BlockHeader : public testing::Test {
+ protected:
+  static Line Refusal(size_t length);
+};
+
+template <>
+Line BlockHeader<BiosHeaderV1>::Refusal(size_t length) {
+  return {kError, L"bufLen:" + std::to_wstring(length) +
+                      L" is invalid! minHeaderLen is:66 on V1 version"
+                      L"(BiosHeaderV1::IsBiosHeaderDataValid)"};
+}
+
+template <>
+Line BlockHeader<BiosHeaderV2>::Refusal(size_t length) {
+  return {kError, L"bufLen:" + std::to_wstring(length) +
+                      L" is invalid! minHeaderLen is:123 on V2 version"
+                      L"(BiosHeaderV2::IsBiosHeaderDataValid)"};
+}
+
+using Versions = testing::Types<BiosHeaderV1, BiosHeaderV2>;
+TYPED_TEST_SUITE(BlockHeader, Versions);
+
+TYPED_TEST(BlockHeader, Constructor_IsEmpty) {
+  const TypeParam header;
   EXPECT_EQ(header.GetTag(), std::string(4, '\0'));
   EXPECT_EQ(header.GetVersionText(), std::string(2, '\0'));
   for (size_t item = 0; item < 10; ++item) {
@@ -34,10 +69,10 @@ TEST(BiosHeaderV2, Constructor_IsEmpty) {
   EXPECT_EQ(header.GetDataLength(), 0u);
 }
 
-TEST(BiosHeaderV2, Parse_ReadsTheCommonFields) {
+TYPED_TEST(BlockHeader, Parse_ReadsTheCommonFields) {
   const LogCapture log;
   const GuardedBuffer buffer(MakeTestHeader());
-  BiosHeaderV2 header;
+  TypeParam header;
   ASSERT_TRUE(header.Parse(buffer.data(), buffer.size()));
   EXPECT_EQ(header.GetTag(), "tag!");
   EXPECT_EQ(header.GetVersionText(), "02");
@@ -53,70 +88,66 @@ TEST(BiosHeaderV2, Parse_ReadsTheCommonFields) {
   EXPECT_EQ(log.Lines(), Lines{});
 }
 
-TEST(BiosHeaderV2, Parse_KeepsZeroBytesOfTexts) {
+TYPED_TEST(BlockHeader, Parse_KeepsZeroBytesOfTexts) {
   auto bytes = MakeTestHeader();
   bytes[47] = 0;
-  BiosHeaderV2 header;
+  TypeParam header;
   ASSERT_TRUE(header.Parse(bytes.data(), bytes.size()));
   EXPECT_EQ(header.GetSerialNumber(), std::string("S\0"
                                                   "345678",
                                                   8));
 }
 
-TEST(BiosHeaderV2, Parse_TakesABufferObject) {
+TYPED_TEST(BlockHeader, Parse_TakesABufferObject) {
   const auto bytes = MakeTestHeader();
-  BiosHeaderV2 header;
+  TypeParam header;
   EXPECT_TRUE(header.Parse(std::string(bytes.begin(), bytes.end())));
   EXPECT_EQ(header.GetVendor(), "NVX#");
 }
 
 // The least length lies below the 128 bytes that are read; only the callers see to the rest.
-TEST(BiosHeaderV2, Parse_LeastLength) {
+TYPED_TEST(BlockHeader, Parse_LeastLength) {
   const auto bytes = MakeTestHeader();
   const LogCapture log;
-  BiosHeaderV2 header;
-  EXPECT_TRUE(header.Parse(bytes.data(), 123));
-  EXPECT_TRUE(header.Parse(bytes.data(), 124));
+  TypeParam header;
+  EXPECT_TRUE(header.Parse(bytes.data(), kMin<TypeParam>));
+  EXPECT_TRUE(header.Parse(bytes.data(), kMin<TypeParam> + 1));
   EXPECT_EQ(log.Lines(), Lines{});
-  EXPECT_FALSE(header.Parse(bytes.data(), 122));
-  EXPECT_EQ(log.Lines(), (Lines{{kError,
-                                 L"bufLen:122 is invalid! minHeaderLen is:123 on V2 version"
-                                 L"(BiosHeaderV2::IsBiosHeaderDataValid)"}}));
+  EXPECT_FALSE(header.Parse(bytes.data(), kMin<TypeParam> - 1));
+  EXPECT_EQ(log.Lines(), (Lines{this->Refusal(kMin<TypeParam> - 1)}));
 }
 
-TEST(BiosHeaderV2, Parse_ShortBuffersAreRefusedUnread) {
+TYPED_TEST(BlockHeader, Parse_ShortBuffersAreRefusedUnread) {
   const auto bytes = MakeTestHeader();
-  for (size_t length = 0; length < 123; ++length) {
+  for (size_t length = 0; length < kMin<TypeParam>; ++length) {
     const GuardedBuffer buffer(bytes, length);
     const LogCapture log;
-    BiosHeaderV2 header;
+    TypeParam header;
     EXPECT_FALSE(header.Parse(buffer.data(), buffer.size())) << length;
-    EXPECT_EQ(log.Lines(), (Lines{{kError, L"bufLen:" + std::to_wstring(length) +
-                                               L" is invalid! minHeaderLen is:123 on V2 version"
-                                               L"(BiosHeaderV2::IsBiosHeaderDataValid)"}}));
+    EXPECT_EQ(log.Lines(), (Lines{this->Refusal(length)}));
   }
 }
 
-TEST(BiosHeaderV2, Parse_RefusedLengthKeepsTheFormerFields) {
+TYPED_TEST(BlockHeader, Parse_RefusedLengthKeepsTheFormerFields) {
   const auto bytes = MakeTestHeader();
-  BiosHeaderV2 header;
+  TypeParam header;
   ASSERT_TRUE(header.Parse(bytes.data(), bytes.size()));
-  EXPECT_FALSE(header.Parse(bytes.data(), 122));
+  EXPECT_FALSE(header.Parse(bytes.data(), kMin<TypeParam> - 1));
   EXPECT_EQ(header.GetSerialNumber(), "SN345678");
 }
 
-TEST(BiosHeaderV2, Parse_DoesNotLookAtTheVersion) {
+TYPED_TEST(BlockHeader, Parse_DoesNotLookAtTheVersion) {
   auto bytes = MakeTestHeader();
   bytes[4] = bytes[5] = 'x';
-  BiosHeaderV2 header;
+  TypeParam header;
   EXPECT_TRUE(header.Parse(bytes.data(), bytes.size()));
 }
 
-TEST(BiosHeaderV2, Destructor_ClearsAllBytes) {
+TYPED_TEST(BlockHeader, Destructor_ClearsAllBytes) {
   std::array<uint8_t, 128> bytes;
   bytes.fill(0xA5);
-  alignas(BiosHeaderV2) unsigned char storage[sizeof(BiosHeaderV2)];
-  BiosHeaderBase* const header = new (storage) BiosHeaderV2;
+  alignas(TypeParam) unsigned char storage[sizeof(TypeParam)];
+  BiosHeaderBase* const header = new (storage) TypeParam;
   ASSERT_TRUE(header->Parse(bytes.data(), bytes.size()));
   ASSERT_EQ(std::count(std::begin(storage), std::end(storage), 0xA5), 128);
   std::destroy_at(header);
@@ -125,6 +156,19 @@ TEST(BiosHeaderV2, Destructor_ClearsAllBytes) {
     EXPECT_EQ(left[i], 0) << i;
   }
 }
+
+// --- Version 1 ---
+
+TEST(BiosHeaderV1, HoldsNoLut) {
+  auto bytes = MakeTestHeader();
+  bytes[64] = 1;  // the type byte of version 2
+  BiosHeaderV1 header;
+  ASSERT_TRUE(header.Parse(bytes.data(), bytes.size()));
+  EXPECT_EQ(header.GetLutType(), 162u);
+  EXPECT_EQ(header.GetDataLength(), 0u);
+}
+
+// --- Version 2 ---
 
 TEST(BiosHeaderV2, GetLutType_OfEveryTypeByte) {
   auto bytes = MakeTestHeader();

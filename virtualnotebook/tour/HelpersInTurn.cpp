@@ -1,0 +1,80 @@
+#include "virtualnotebook/tour/HelpersInTurn.h"
+
+#include <windows.h>
+
+#include <memory>
+#include <sstream>
+
+namespace tour {
+namespace {
+
+using namespace virtualnotebook;
+using Gains = HelpersInTurn::Gains;
+
+constexpr DWORD kPatience = 60000;  // milliseconds for one helper
+
+// Beside the library, as the helper is.
+std::wstring InstalledHost() {
+  wchar_t path[MAX_PATH] = L"";
+  GetModuleFileNameW(GetModuleHandleW(L"VeloraCtlApi.dll"), path, MAX_PATH);
+  const std::wstring library = path;
+  return library.substr(0, library.rfind(L'\\') + 1) + L"host.exe";
+}
+
+Gains GainsOf(const std::wstring& commandLine) {
+  std::wistringstream words(commandLine);
+  std::wstring program;
+  Gains gains = {};
+  words >> program >> gains[0] >> gains[1] >> gains[2];
+  return gains;
+}
+
+}  // namespace
+
+HelpersInTurn::HelpersInTurn(Notebook& notebook) : notebook_(notebook) {
+  notebook_.hostProgram = InstalledHost();
+  notebook_.forwardProcessStart = true;
+  notebook_.onCall = [this](const Call& call) {
+    if (call.function == "CoreKit::LoadUserProcessByServerPriviledge") {
+      AwaitTheLast();
+    }
+  };
+}
+
+HelpersInTurn::~HelpersInTurn() {
+  notebook_.onCall = nullptr;
+  notebook_.forwardProcessStart = false;
+  notebook_.hostProgram.clear();
+}
+
+const std::vector<Gains>& HelpersInTurn::Shown() {
+  AwaitTheLast();
+  return shown_;
+}
+
+void HelpersInTurn::AwaitTheLast() {
+  std::wstring commandLine;
+  notebook_.Locked([&] {
+    if (notebook_.startedProcesses.size() > shown_.size()) {
+      commandLine = notebook_.startedProcesses.back().commandLine;
+    }
+  });
+  if (commandLine.empty()) {
+    return;
+  }
+  const Gains asked = GainsOf(commandLine);
+  const ULONGLONG end = GetTickCount64() + kPatience;
+  while (inTime_ && ShownNow() != asked) {
+    inTime_ = GetTickCount64() < end;
+    Sleep(1);
+  }
+  shown_.push_back(ShownNow());
+}
+
+Gains HelpersInTurn::ShownNow() const {
+  const auto state = std::make_unique<softwarepanel::State>();
+  panel_.Read(*state);
+  return {state->temperature3D.r, state->temperature3D.g, state->temperature3D.b};
+}
+
+}  // namespace tour

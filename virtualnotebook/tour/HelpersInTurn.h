@@ -1,0 +1,39 @@
+// Natural colour's helpers, run for real.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "VeloraPlatform/SoftwarePanel.h"
+#include "virtualnotebook/Notebook.h"
+
+namespace tour {
+
+// For as long as the object lives, the library on this notebook starts VeloraAssistant.exe as if
+// its host were installed beside it. A helper starts when the one ahead of it has shown its colour,
+// which on a machine the pause between two frames gives time for; what the panel showed of each is
+// kept.
+class HelpersInTurn {
+ public:
+  using Gains = std::array<double, 3>;  // of R, G and B
+
+  explicit HelpersInTurn(virtualnotebook::Notebook& notebook);
+  ~HelpersInTurn();
+  HelpersInTurn(const HelpersInTurn&) = delete;
+  HelpersInTurn& operator=(const HelpersInTurn&) = delete;
+
+  // One for each helper, once the last has shown its colour too. While none is being started.
+  const std::vector<Gains>& Shown();
+
+ private:
+  void AwaitTheLast();
+  Gains ShownNow() const;
+
+  virtualnotebook::Notebook& notebook_;
+  softwarepanel::SoftwarePanel panel_;
+  std::vector<Gains> shown_;
+  bool inTime_ = true;  // no helper failed to show its colour: no need to wait for more
+};
+
+}  // namespace tour
