@@ -4,8 +4,11 @@
 
 #include <windows.h>
 
+#include <direct.h>
 #include <icm.h>
+#include <io.h>
 #include <objbase.h>
+#include <stdio.h>
 #include <tlhelp32.h>
 #include <winsvc.h>
 #include <wtsapi32.h>
@@ -53,6 +56,34 @@ BOOL GetMonitorInfoW(Notebook& notebook, decltype(::GetMonitorInfoW)* original, 
 // Null for a handle that is none.
 DesktopMonitor* FindDesktopMonitor(Notebook& notebook, HMONITOR handle);
 
+// --- Files and events ---
+
+HANDLE CreateEventW(Notebook& notebook, decltype(::CreateEventW)* original,
+                    SECURITY_ATTRIBUTES* security, BOOL manual, BOOL state, const wchar_t* name);
+
+HANDLE CreateFileA(Notebook& notebook, decltype(::CreateFileA)* original, const char* path,
+                   DWORD access, DWORD sharing, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                   DWORD attributes, HANDLE like);
+
+BOOL CopyFileW(Notebook& notebook, decltype(::CopyFileW)* original, const wchar_t* from,
+               const wchar_t* to, BOOL keep);
+
+DWORD GetPrivateProfileStringW(Notebook& notebook, decltype(::GetPrivateProfileStringW)* original,
+                               const wchar_t* section, const wchar_t* key, const wchar_t* fallback,
+                               wchar_t* text, DWORD size, const wchar_t* file);
+
+// Of the C runtime.
+int Access(Notebook& notebook, decltype(::_access)* original, const char* path, int mode);
+int MakeDirectory(Notebook& notebook, decltype(::_mkdir)* original, const char* path);
+int Remove(Notebook& notebook, decltype(::remove)* original, const char* path);
+int Rename(Notebook& notebook, decltype(::rename)* original, const char* from, const char* to);
+FILE* OpenStream(Notebook& notebook, decltype(::fopen)* original, const char* path,
+                 const char* mode);
+
+int EnableFileUsersPriviledge(Notebook& notebook,
+                              decltype(CoreKit::EnableFileUsersPriviledge)* original,
+                              const std::string& path);
+
 // --- External monitors ---
 
 BOOL GetNumberOfPhysicalMonitorsFromHMONITOR(
@@ -95,6 +126,16 @@ BOOL WcsGetDefaultColorProfile(Notebook& notebook, decltype(::WcsGetDefaultColor
                                COLORPROFILETYPE type, COLORPROFILESUBTYPE subType, DWORD profileId,
                                DWORD size, wchar_t* name);
 
+BOOL WcsEnumColorProfilesSize(Notebook& notebook, decltype(::WcsEnumColorProfilesSize)* original,
+                              WCS_PROFILE_MANAGEMENT_SCOPE scope, ENUMTYPEW* wanted, DWORD* size);
+
+BOOL WcsEnumColorProfiles(Notebook& notebook, decltype(::WcsEnumColorProfiles)* original,
+                          WCS_PROFILE_MANAGEMENT_SCOPE scope, ENUMTYPEW* wanted, BYTE* buffer,
+                          DWORD size, DWORD* count);
+
+BOOL WcsGetUsePerUserProfiles(Notebook& notebook, decltype(::WcsGetUsePerUserProfiles)* original,
+                              const wchar_t* device, DWORD deviceClass, BOOL* perUser);
+
 BOOL WcsAssociateColorProfileWithDevice(Notebook& notebook,
                                         decltype(::WcsAssociateColorProfileWithDevice)* original,
                                         WCS_PROFILE_MANAGEMENT_SCOPE scope, const wchar_t* profile,
@@ -106,6 +147,9 @@ BOOL WcsDisassociateColorProfileFromDevice(
 
 BOOL InstallColorProfileW(Notebook& notebook, decltype(::InstallColorProfileW)* original,
                           const wchar_t* machine, const wchar_t* profile);
+
+HPROFILE OpenColorProfileW(Notebook& notebook, decltype(::OpenColorProfileW)* original,
+                           PROFILE* profile, DWORD access, DWORD sharing, DWORD creation);
 
 // --- CoreKit, WmiKit ---
 

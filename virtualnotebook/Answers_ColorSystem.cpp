@@ -1,4 +1,4 @@
-// The colour system's associations of the current user. The notebook has none for all users. The
+// The colour system's associations. Those for all users can be asked for and not changed. The
 // profiles themselves are real.
 #include "virtualnotebook/Answers.h"
 
@@ -8,6 +8,8 @@
 
 namespace virtualnotebook::answers {
 namespace {
+
+constexpr DWORD kMonitorClass = 0x6D6E7472;  // CLASS_MONITOR, "mntr"
 
 bool IsEmpty(const wchar_t* text) { return text == nullptr || *text == L'\0'; }
 
@@ -29,6 +31,44 @@ BOOL Fail(DWORD error) {
   return FALSE;
 }
 
+// The profiles of a device in a scope, its default first.
+std::vector<std::wstring> ProfilesOf(const Notebook& notebook, WCS_PROFILE_MANAGEMENT_SCOPE scope,
+                                     const wchar_t* device) {
+  const ProfileAssociations& all = scope == WCS_PROFILE_MANAGEMENT_SCOPE_CURRENT_USER
+                                       ? notebook.profiles
+                                       : notebook.systemProfiles;
+  const auto found = all.find(device);
+  return found == all.end() ? std::vector<std::wstring>() : found->second;
+}
+
+// File names one behind the other, each with its zero, and a zero at the end.
+std::wstring TextsOf(const std::vector<std::wstring>& profiles) {
+  std::wstring texts;
+  for (const std::wstring& profile : profiles) {
+    texts += BaseName(profile) + L'\0';
+  }
+  return texts + L'\0';
+}
+
+constexpr wchar_t kProfileFolder[] = L"C:\\Windows\\System32\\spool\\drivers\\color\\";
+
+// A bare name is an installed profile's.
+std::wstring MovedProfile(const Notebook& notebook, const std::wstring& profile) {
+  return notebook.Moved(BaseName(profile) == profile ? kProfileFolder + profile : profile);
+}
+
+// Into the moved folder of profiles.
+BOOL InstallMoved(const Notebook& notebook, const std::wstring& profile) {
+  const std::wstring installed = MovedProfile(notebook, BaseName(profile));
+  const std::wstring from = MovedProfile(notebook, profile);
+  if (GetFileAttributesW(from.c_str()) == INVALID_FILE_ATTRIBUTES) {
+    return Fail(ERROR_FILE_NOT_FOUND);
+  }
+  // Not CopyFileW, which is redirected.
+  return GetFileAttributesW(installed.c_str()) != INVALID_FILE_ATTRIBUTES ||
+         CopyFileExW(from.c_str(), installed.c_str(), nullptr, nullptr, nullptr, 0);
+}
+
 }  // namespace
 
 BOOL WcsGetDefaultColorProfile(Notebook& notebook, decltype(::WcsGetDefaultColorProfile)*,
@@ -39,16 +79,57 @@ BOOL WcsGetDefaultColorProfile(Notebook& notebook, decltype(::WcsGetDefaultColor
   if (IsEmpty(device) || name == nullptr) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  const auto found = notebook.profiles.find(device);
-  if (scope != WCS_PROFILE_MANAGEMENT_SCOPE_CURRENT_USER || found == notebook.profiles.end() ||
-      found->second.empty()) {
+  const std::vector<std::wstring> profiles = ProfilesOf(notebook, scope, device);
+  if (profiles.empty()) {
     return Fail(ERROR_FILE_NOT_FOUND);
   }
-  const std::wstring fileName = BaseName(found->second.front());
+  const std::wstring fileName = BaseName(profiles.front());
   if (size < (fileName.size() + 1) * sizeof(wchar_t)) {
     return Fail(ERROR_INSUFFICIENT_BUFFER);
   }
   std::copy_n(fileName.c_str(), fileName.size() + 1, name);
+  return TRUE;
+}
+
+BOOL WcsEnumColorProfilesSize(Notebook& notebook, decltype(::WcsEnumColorProfilesSize)*,
+                              WCS_PROFILE_MANAGEMENT_SCOPE scope, ENUMTYPEW* wanted, DWORD* size) {
+  const NotebookGuard guard(TheLock());
+  if (wanted == nullptr || wanted->dwFields != ET_DEVICENAME || IsEmpty(wanted->pDeviceName) ||
+      size == nullptr) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  *size = static_cast<DWORD>(TextsOf(ProfilesOf(notebook, scope, wanted->pDeviceName)).size() *
+                             sizeof(wchar_t));
+  return TRUE;
+}
+
+BOOL WcsEnumColorProfiles(Notebook& notebook, decltype(::WcsEnumColorProfiles)*,
+                          WCS_PROFILE_MANAGEMENT_SCOPE scope, ENUMTYPEW* wanted, BYTE* buffer,
+                          DWORD size, DWORD* count) {
+  const NotebookGuard guard(TheLock());
+  if (wanted == nullptr || wanted->dwFields != ET_DEVICENAME || IsEmpty(wanted->pDeviceName) ||
+      buffer == nullptr) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  const std::vector<std::wstring> profiles = ProfilesOf(notebook, scope, wanted->pDeviceName);
+  const std::wstring texts = TextsOf(profiles);
+  if (size < texts.size() * sizeof(wchar_t)) {
+    return Fail(ERROR_INSUFFICIENT_BUFFER);
+  }
+  std::copy_n(reinterpret_cast<const BYTE*>(texts.data()), texts.size() * sizeof(wchar_t), buffer);
+  if (count != nullptr) {
+    *count = static_cast<DWORD>(profiles.size());
+  }
+  return TRUE;
+}
+
+BOOL WcsGetUsePerUserProfiles(Notebook& notebook, decltype(::WcsGetUsePerUserProfiles)*,
+                              const wchar_t* device, DWORD deviceClass, BOOL* perUser) {
+  const NotebookGuard guard(TheLock());
+  if (IsEmpty(device) || deviceClass != kMonitorClass || perUser == nullptr) {
+    return Fail(ERROR_INVALID_PARAMETER);
+  }
+  *perUser = notebook.perUserProfiles;
   return TRUE;
 }
 
@@ -84,8 +165,11 @@ BOOL WcsDisassociateColorProfileFromDevice(Notebook& notebook,
 
 // Windows takes a profile that is installed already, by its bare file name too. Wine refuses to
 // copy over a file, and looks for a bare name in the current directory.
-BOOL InstallColorProfileW(Notebook&, decltype(::InstallColorProfileW)* original,
+BOOL InstallColorProfileW(Notebook& notebook, decltype(::InstallColorProfileW)* original,
                           const wchar_t* machine, const wchar_t* profile) {
+  if (!notebook.movedFolders.empty()) {
+    return IsEmpty(profile) ? Fail(ERROR_INVALID_PARAMETER) : InstallMoved(notebook, profile);
+  }
   if (original(machine, profile)) {
     return TRUE;
   }
@@ -95,6 +179,19 @@ BOOL InstallColorProfileW(Notebook&, decltype(::InstallColorProfileW)* original,
     return TRUE;
   }
   return Fail(error);
+}
+
+HPROFILE OpenColorProfileW(Notebook& notebook, decltype(::OpenColorProfileW)* original,
+                           PROFILE* profile, DWORD access, DWORD sharing, DWORD creation) {
+  if (notebook.movedFolders.empty() || profile == nullptr || profile->dwType != PROFILE_FILENAME ||
+      profile->pProfileData == nullptr) {
+    return original(profile, access, sharing, creation);
+  }
+  std::wstring path = MovedProfile(notebook, static_cast<wchar_t*>(profile->pProfileData));
+  PROFILE moved = {.dwType = PROFILE_FILENAME,
+                   .pProfileData = path.data(),
+                   .cbDataSize = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t))};
+  return original(&moved, access, sharing, creation);
 }
 
 }  // namespace virtualnotebook::answers

@@ -141,10 +141,20 @@ DWORD GetModuleFileNameW(Notebook& notebook, decltype(::GetModuleFileNameW)* ori
   return size;
 }
 
+// Wine fails to start one process in a thousand, while others come and go.
 ResultT LoadUserProcessByServerPriviledge(
     Notebook& notebook, decltype(CoreKit::LoadUserProcessByServerPriviledge)* original,
     const std::wstring& path, const std::wstring& commandLine) {
-  const ResultT result = notebook.forwardProcessStart ? original(path, commandLine) : 0;
+  constexpr int kTries = 5;
+  constexpr DWORD kPause = 50;  // milliseconds
+  ResultT result = 0;
+  for (int i = 0; notebook.forwardProcessStart && i < kTries; ++i) {
+    result = original(path, commandLine);
+    if (result == 0) {
+      break;
+    }
+    ::Sleep(kPause);
+  }
   if (result == 0) {
     const NotebookGuard guard(TheLock());
     notebook.startedProcesses.push_back({path, commandLine});

@@ -13,14 +13,11 @@
 #include <string_view>
 #include <vector>
 
+#include "pictures/Picture.h"
+
 namespace virtualnotebook {
 
-struct Xy {
-  double x;
-  double y;
-
-  friend bool operator==(const Xy&, const Xy&) = default;
-};
+using Xy = pictures::Point;  // of the CIE 1931 diagram
 
 // A panel as its EDID describes it.
 struct PanelDescription {

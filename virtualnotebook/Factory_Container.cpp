@@ -115,7 +115,7 @@ BlockHeader HeaderOf(const PanelDescription& panel, uint8_t typeByte) {
   std::snprintf(serial, sizeof serial, "%02X%02X%02X%02X", panel.serial[0], panel.serial[1],
                 panel.serial[2], panel.serial[3]);
   std::snprintf(year, sizeof year, "%04u", static_cast<unsigned>(panel.year) % 10000u);
-  std::snprintf(week, sizeof week, "%02u", panel.week > 53 ? 0u : unsigned{panel.week});
+  std::snprintf(week, sizeof week, "%02u", panel.week > 53 ? 0u : panel.week % 100u);
   return {serial, year, week, panel.vendor + "#", typeByte, 12};
 }
 

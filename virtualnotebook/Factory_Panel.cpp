@@ -78,7 +78,7 @@ void PutChromaticities(const PanelDescription& panel, uint8_t* out) {
 
 Xy ChromaticityAt(const uint8_t* colour, unsigned pair) {
   const auto value = [colour](unsigned i) {
-    const unsigned low = colour[i / 4] >> (6 - 2 * (i % 4)) & 3u;
+    const unsigned low = unsigned{colour[i / 4]} >> (6 - 2 * (i % 4)) & 3u;
     return (colour[2 + i] * 4u + low) / 1024.0;
   };
   return {value(2 * pair), value(2 * pair + 1)};

@@ -1,6 +1,12 @@
 #include "virtualnotebook/HostedLibrary.h"
 
 namespace virtualnotebook {
+namespace {
+
+std::vector<DWORD>* notedSlots = nullptr;
+void* originalTlsAlloc = nullptr;
+
+}  // namespace
 
 LoadedModule::LoadedModule(const wchar_t* name) : handle_(LoadLibraryW(name)) {
   if (handle_ == nullptr) {
@@ -18,6 +24,30 @@ void* LoadedModule::FindAddress(const char* name) const {
   return reinterpret_cast<void*>(address);
 }
 
-HostedLibrary::HostedLibrary() : module_(L"VeloraCtlApi.dll"), notebook(module_.Handle()) {}
+ThreadLocalSlots::ThreadLocalSlots() { notedSlots = &slots_; }
+
+ThreadLocalSlots::~ThreadLocalSlots() {
+  notedSlots = nullptr;
+  for (const DWORD slot : slots_) {
+    TlsFree(slot);
+  }
+}
+
+ImportRedirection ThreadLocalSlots::NoteThoseOf(HMODULE module) {
+  static const ImportedFunction tlsAlloc[] = {{"kernel32.dll", "TlsAlloc", "TlsAlloc",
+                                               reinterpret_cast<void*>(&NotingTlsAlloc),
+                                               &originalTlsAlloc}};
+  return {module, tlsAlloc};
+}
+
+DWORD WINAPI ThreadLocalSlots::NotingTlsAlloc() {
+  const DWORD slot = reinterpret_cast<decltype(&TlsAlloc)>(originalTlsAlloc)();
+  if (notedSlots != nullptr && slot != TLS_OUT_OF_INDEXES) {
+    notedSlots->push_back(slot);
+  }
+  return slot;
+}
+
+HostedLibrary::HostedLibrary() : notebook(Handle()), notedSlots_(NoteThoseOf(Handle())) {}
 
 }  // namespace virtualnotebook

@@ -5,8 +5,10 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "velora/VeloraCtlApi.h"
+#include "virtualnotebook/ImportRedirection.h"
 #include "virtualnotebook/Notebook.h"
 
 namespace virtualnotebook {
@@ -33,19 +35,17 @@ class LoadedModule {
   HMODULE handle_;
 };
 
-// Loads the library from the program path, puts a notebook beneath it and frees it again, so that
-// each object starts with new singletons. One at a time. The exports are called by their names:
-// library.SetColorField(2).
-class HostedLibrary {
+// A loaded library's exports, called by their names: library.SetColorField(2).
+class LoadedLibrary {
  public:
-  HostedLibrary();
+  explicit LoadedLibrary(const wchar_t* name = L"VeloraCtlApi.dll") : module_(name) {}
+
+  HMODULE Handle() const { return module_.Handle(); }
 
  private:
-  LoadedModule module_;  // ahead of the notebook, which leaves first
+  LoadedModule module_;  // ahead of what is found in it
 
  public:
-  virtualnotebook::Notebook notebook;
-
 // A pointer to the export of the same name, of the type in the public header.
 #define HOSTED_EXPORT(name) decltype(::name)* const name = module_.Find<decltype(::name)>(#name)
   HOSTED_EXPORT(Init);
@@ -121,6 +121,37 @@ class HostedLibrary {
   HOSTED_EXPORT(OrbviewReportDataSync);
   HOSTED_EXPORT(OrbviewReportDataAsync);
 #undef HOSTED_EXPORT
+};
+
+// The thread-local slots that a library has allocated, given back at the end: the C++ runtime that
+// is linked into it leaves one behind, and a process has but a thousand for all the lives of a
+// library.
+class ThreadLocalSlots {
+ public:
+  ThreadLocalSlots();
+  ~ThreadLocalSlots();
+  ThreadLocalSlots(const ThreadLocalSlots&) = delete;
+  ThreadLocalSlots& operator=(const ThreadLocalSlots&) = delete;
+
+  // From now on the module's calls of TlsAlloc are noted.
+  static ImportRedirection NoteThoseOf(HMODULE module);
+
+ private:
+  static DWORD WINAPI NotingTlsAlloc();
+
+  std::vector<DWORD> slots_;
+};
+
+// Loads the library from the program path, puts a notebook beneath it and frees it again, so that
+// each object starts with new singletons. One at a time.
+class HostedLibrary : private ThreadLocalSlots, public LoadedLibrary {
+ public:
+  HostedLibrary();
+
+  virtualnotebook::Notebook notebook;  // leaves ahead of the library
+
+ private:
+  const ImportRedirection notedSlots_;
 };
 
 }  // namespace virtualnotebook

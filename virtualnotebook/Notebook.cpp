@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <list>
 #include <stdexcept>
 #include <utility>
 
@@ -85,7 +86,7 @@ struct Notebook::Impl {
   WmiAnswers wmi;
   GivenHandles handles;
   std::shared_ptr<SensorBoard> sensors = std::make_shared<SensorBoard>();
-  std::optional<ImportRedirection> redirection;
+  std::list<ImportRedirection> redirections;
 };
 
 NotebookLock& TheLock() {
@@ -105,15 +106,17 @@ Notebook::Notebook(HMODULE module) : impl_(std::make_unique<Impl>()) {
     throw std::logic_error("there is a notebook already");
   }
   try {
-    impl_->redirection.emplace(module, Imports());
+    AlsoBeneath(module);
   } catch (...) {
     installed = nullptr;
     throw;
   }
 }
 
+void Notebook::AlsoBeneath(HMODULE module) { impl_->redirections.emplace_back(module, Imports()); }
+
 Notebook::~Notebook() {
-  impl_->redirection.reset();
+  impl_->redirections.clear();
   installed = nullptr;
 }
 

@@ -100,8 +100,8 @@ struct DisplayTopology {
   std::vector<DISPLAYCONFIG_MODE_INFO> modes;
 };
 
-// The colour system's per-user associations, by device name: bare file names. The first profile of
-// a device is its default; a device without one answers ERROR_FILE_NOT_FOUND.
+// The colour system's associations, by device name: bare file names. The first profile of a device
+// is its default; a device without one answers ERROR_FILE_NOT_FOUND.
 using ProfileAssociations = std::map<std::wstring, std::vector<std::wstring>>;
 
 // The display pipeline as the platform's calls left it.
@@ -155,6 +155,11 @@ class Notebook {
  public:
   explicit Notebook(HMODULE module);
   ~Notebook();
+
+  // Puts it beneath another module too, for the same time: a program that looks at the machine by
+  // itself.
+  void AlsoBeneath(HMODULE module);
+
   Notebook(const Notebook&) = delete;
   Notebook& operator=(const Notebook&) = delete;
 
@@ -170,6 +175,8 @@ class Notebook {
   UINT32 topologySlack = 0;  // how many paths and modes more than there are the size query says
   bool sleeps = true;        // false: Sleep returns at once
   ProfileAssociations profiles;
+  ProfileAssociations systemProfiles;  // for all users
+  bool perUserProfiles = true;         // false: the system takes those for all users
   PlatformState platform;
   uint32_t platformType = 0;
   bool forwardPlatform = false;  // the platform library gets the calls too, and gives the result
@@ -190,6 +197,15 @@ class Notebook {
   BiosEventCallback biosEventCallback = nullptr;  // set while the module's monitor is started
 
   size_t lightSensors = 1;
+
+  // Where the module's files lie instead: paths that begin with the first, whatever the case, begin
+  // with the second. A machine whose profiles' folder is moved installs them there.
+  std::map<std::wstring, std::wstring> movedFolders;
+  std::wstring Moved(const std::wstring& path) const;
+  std::string Moved(const std::string& path) const;
+
+  // In place of "Global\" ahead of the names of events; empty: the machine's own events.
+  std::wstring eventPrefix;
 
   // Values of one property that a WMI query gives, row by row. A query that was not told has no
   // row.

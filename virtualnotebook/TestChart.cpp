@@ -3,19 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
-#include <memory>
-#include <stdexcept>
-
-// stb's implementation stands in its header.
-#define STB_IMAGE_WRITE_STATIC
-#ifdef __clang_analyzer__  // clang-tidy has findings in the implementation, which is not ours
-unsigned char* stbi_write_png_to_mem(const unsigned char*, int, int, int, int, int*);
-#else
-#define STB_IMAGE_WRITE_IMPLEMENTATION
-#endif
-#include <stb_image_write.h>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace virtualnotebook {
 namespace {
@@ -136,26 +127,15 @@ Image DrawTestChart() {
 }
 
 void WritePng(const std::string& path, const Image& image, const PanelDescription& panel) {
-  int length = 0;
-  const std::unique_ptr<unsigned char, void (*)(void*)> png{
-      stbi_write_png_to_mem(image.pixels.data(), 3 * image.width, image.width, image.height, 3,
-                            &length),
-      std::free};
-  if (!png) {
-    throw std::runtime_error("no memory for " + path);
-  }
+  const Text png = EncodePng(image);
   // The signature and the header chunk take 33 bytes; what describes the colours follows.
-  constexpr int kHead = 8 + 25;
-  Text file(png.get(), png.get() + kHead);
+  constexpr size_t kHead = 8 + 25;
+  Text file = png.substr(0, kHead);
   file += PngChunk("gAMA", {1 / panel.gamma});
   file += PngChunk("cHRM", {panel.white.x, panel.white.y, panel.red.x, panel.red.y, panel.green.x,
                             panel.green.y, panel.blue.x, panel.blue.y});
-  file.append(png.get() + kHead, png.get() + length);
-  std::ofstream out(path, std::ios::binary);
-  out << file;
-  if (!out.flush()) {
-    throw std::runtime_error("cannot write " + path);
-  }
+  file += png.substr(kHead);
+  pictures::WriteFile(path, file);
 }
 
 }  // namespace virtualnotebook

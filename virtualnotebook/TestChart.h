@@ -1,19 +1,14 @@
 // Pictures: a test chart, and PNG files of what a panel shows.
 #pragma once
 
-#include <cstdint>
 #include <string>
-#include <vector>
 
+#include "pictures/Image.h"
 #include "virtualnotebook/Factory.h"
 
 namespace virtualnotebook {
 
-struct Image {
-  int width = 0;
-  int height = 0;
-  std::vector<uint8_t> pixels;  // R, G, B, row by row from the top
-};
+using pictures::Image;
 
 // 480 x 320: colour bars; a grey ramp, smooth and in steps; ramps of the six full colours from
 // black and to white; skin tones; hue sweeps at full, half and quarter saturation.

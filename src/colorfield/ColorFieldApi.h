@@ -54,10 +54,12 @@ struct DdcciRequest {
 // A ResultT is 0 for success. Sources by topic:
 //   ColorFieldApi_ModeTables.cpp     registration of modes, look-ups
 //   ColorFieldApi_EnableMode.cpp     the sequence of a switch, the ways of the output
-//   ColorFieldApi_UserModes.cpp      the same for user modes, and the fine tuning of the white
-//   point ColorFieldApi_Ddcci.cpp          external monitors ColorFieldApi_TargetMonitor.cpp  which
-//   monitor profiles are associated with ColorFieldApi_OsProfile.cpp      the profile: query,
-//   check, install, associate, put back
+//   ColorFieldApi_UserModes.cpp      the same for user modes, and the white point's fine tuning
+//   ColorFieldApi_UserDesign.cpp     saving, editing and deleting user modes
+//   ColorFieldApi_Sync.cpp           mode and system profile brought together
+//   ColorFieldApi_Ddcci.cpp          external monitors
+//   ColorFieldApi_TargetMonitor.cpp  which monitor profiles are associated with
+//   ColorFieldApi_OsProfile.cpp      the profile: query, check, install, associate, put back
 class ColorFieldApi {
  public:
   static ColorFieldApi& GetInstance();

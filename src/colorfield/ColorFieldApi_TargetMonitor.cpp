@@ -74,28 +74,28 @@ BOOL CALLBACK ColorFieldApi::StorePrimaryDisplayName(HMONITOR monitor, HDC, RECT
 // monitors looks for the maker's own. Without any of them the choice is all empty.
 MonitorInfo ColorFieldApi::ChooseMonitor(const std::vector<MonitorInfo>& monitors,
                                          const std::wstring& modelName) const {
-  std::vector<MonitorInfo> norvexMonitors;
-  std::vector<MonitorInfo> internalMonitors;
-  MonitorInfo primaryMonitor;
+  std::vector<const MonitorInfo*> norvexMonitors;
+  std::vector<const MonitorInfo*> internalMonitors;
+  const MonitorInfo* primaryMonitor = nullptr;
   for (const MonitorInfo& monitor : monitors) {
     if (IsNorvexMonitorName(monitor.deviceString)) {
-      norvexMonitors.push_back(monitor);
+      norvexMonitors.push_back(&monitor);
     }
     // Without a model name every monitor counts as internal.
     if (Contains(monitor.deviceID, modelName)) {
-      internalMonitors.push_back(monitor);
+      internalMonitors.push_back(&monitor);
     }
     if (Contains(monitor.deviceName, primaryDisplayName_)) {
-      primaryMonitor = monitor;
+      primaryMonitor = &monitor;
     }
   }
   if (internalMonitors.size() == 1) {
-    return internalMonitors.front();
+    return *internalMonitors.front();
   }
   if (setType_ == SetTypeDdcci && norvexMonitors.size() == 1) {
-    return norvexMonitors.front();
+    return *norvexMonitors.front();
   }
-  return primaryMonitor;
+  return primaryMonitor != nullptr ? *primaryMonitor : MonitorInfo();
 }
 
 ResultT ColorFieldApi::GetTargetMonitorNameByWmi(std::wstring& name) const {

@@ -4,12 +4,13 @@
 #include <cmath>
 
 #include "colormath/Matrix3x3.h"
+#include "frame/Avx2.h"
 #include "frame/Log.h"
 
 namespace velora {
 namespace {
 
-constexpr int kGridPoints = 17;
+constexpr size_t kGridPoints = 17;
 constexpr double kLutMaximum = 1023.0;
 constexpr int kGammaLevels = 1024;
 constexpr double kGammaStep = 4;
@@ -20,8 +21,19 @@ constexpr double kJustBelowOne = 0.9999999999999999;  // the double next to 1
 double ToSinglePrecision(double value) { return static_cast<float>(value); }
 
 // 0, 64, 128 ... 512, 575 ... 1023: halves round up, so that the steps are not all equal.
-double GridValue(int point) {
-  return static_cast<double>(std::lround(kLutMaximum * (point / 16.0)));
+double GridValue(size_t point) {
+  return static_cast<double>(std::lround(kLutMaximum * (static_cast<double>(point) / 16.0)));
+}
+
+double Denormalize(double linear, double gamma) {
+  double value = ToSinglePrecision(std::pow(linear < kDesignZero ? 0.0 : linear, 1.0 / gamma));
+  if (value > kJustBelowOne) {
+    value = 1.0;
+  }
+  if (value < kDesignZero) {
+    value = 0.0;
+  }
+  return value * kLutMaximum;
 }
 
 }  // namespace
@@ -76,37 +88,47 @@ void RgbDenormalization(double* rgb, double gamma, double* out) {
     if (rgb[c] < kDesignZero) {
       rgb[c] = 0.0;
     }
-    double value = ToSinglePrecision(std::pow(rgb[c], 1.0 / gamma));
-    if (value > kJustBelowOne) {
-      value = 1.0;
-    }
-    if (value < kDesignZero) {
-      value = 0.0;
-    }
-    out[c] = value * kLutMaximum;
+    out[c] = Denormalize(rgb[c], gamma);
+  }
+}
+
+void DenormalizePlain(std::span<double> values, double gamma) {
+  for (double& value : values) {
+    value = Denormalize(value, gamma);
   }
 }
 
 void FillUser3DLut(const double* targetToPanel, double targetGamma, double panelGamma,
                    double* lut) {
-  // An entry's three powers are those of its grid points: 17 of them instead of 14739.
+  // An entry's three powers are those of its grid points: 17 of them instead of 14739. So are the
+  // products of its matrix multiplication, whose order of additions is kept.
   std::array<double, kGridPoints> linear;
-  for (int point = 0; point < kGridPoints; ++point) {
+  std::array<std::array<double, 3>, kGridPoints> blueShare;
+  for (size_t point = 0; point < kGridPoints; ++point) {
     double value[3] = {GridValue(point), 0, 0};
     RgbNormalization(value, targetGamma);
-    linear[static_cast<size_t>(point)] = value[0];
+    linear[point] = value[0];
+    for (size_t c = 0; c < 3; ++c) {
+      blueShare[point][c] = targetToPanel[3 * c + 2] * linear[point];
+    }
   }
+  double* value = lut;
   for (double r : linear) {
     for (double g : linear) {
-      for (double b : linear) {
-        const double target[3] = {r, g, b};
-        double panel[3];
-        MatVecMultiply(targetToPanel, target, panel);
-        RgbDenormalization(panel, panelGamma, lut);
-        lut += 3;
+      double redGreenShare[3];
+      for (size_t c = 0; c < 3; ++c) {
+        redGreenShare[c] = targetToPanel[3 * c] * r + targetToPanel[3 * c + 1] * g;
+      }
+      for (const auto& blue : blueShare) {
+        *value++ = redGreenShare[0] + blue[0];
+        *value++ = redGreenShare[1] + blue[1];
+        *value++ = redGreenShare[2] + blue[2];
       }
     }
   }
+  const bool isFast =
+      HasAvx2() && panelGamma >= kLeastGammaForAvx2 && panelGamma <= kGreatestGammaForAvx2;
+  (isFast ? DenormalizeAvx2 : DenormalizePlain)({lut, value}, panelGamma);
 }
 
 bool FillUserGammaLut(const double* targetToPanel, double panelGamma, double* lut) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "colormath/TargetGamuts.h"
 
 // The arithmetic of a user-designed mode: what UsrDesignAlgo calculates from the panel, without the
@@ -22,8 +24,16 @@ void RgbNormalization(double* rgb, double gamma);
 // gamut is cut off. Clears the negative channels of rgb.
 void RgbDenormalization(double* rgb, double gamma, double* out);
 
+// RgbDenormalization of any number of values, in place, by a gamma above 0. The two ways have the
+// same results; the second needs a processor with AVX2, and a gamma within its bounds, as each
+// panel's is that is known.
+void DenormalizePlain(std::span<double> values, double gamma);
+void DenormalizeAvx2(std::span<double> values, double gamma);
+inline constexpr double kLeastGammaForAvx2 = 1;
+inline constexpr double kGreatestGammaForAvx2 = 16;
+
 // The 3D LUT, 4913 triples in grid order, that takes target RGB to panel RGB by this matrix of
-// linear values.
+// linear values. Both gammas are above 0.
 void FillUser3DLut(const double* targetToPanel, double targetGamma, double panelGamma, double* lut);
 
 // The gamma LUT, 1024 triples: straight lines on a 12-bit scale whose slopes are the target's white

@@ -1,32 +1,47 @@
 #include "frame/Log.h"
 
-#include <array>
+#include <algorithm>
 #include <charconv>
 
 #include "CoreKit/CoreKit.h"
+#include "frame/SixDigits.h"
 
 namespace velora {
+namespace {
 
-void FunctionLog::AppendNarrow(std::wostringstream& line, std::string_view text) {
-  for (const char c : text) {
-    line.put(static_cast<wchar_t>(static_cast<unsigned char>(c)));
-  }
+constexpr size_t kMostDigits = 20;  // of 64 bits in decimal, with the sign
+
+}  // namespace
+
+void LogLine::AppendNarrow(std::string_view text) {
+  const size_t at = text_.size();
+  text_.resize(at + text.size());
+  std::ranges::transform(text, text_.data() + at, [](char c) {
+    return static_cast<wchar_t>(static_cast<unsigned char>(c));
+  });
 }
 
-// The stream's own conversion switches the C locale of the whole process while it formats, when a
-// host has set one; to_chars gives the same six significant digits and touches nothing.
-void FunctionLog::AppendDouble(std::wostringstream& line, double value) {
-  std::array<char, 32> digits;  // "-1.23457e+308" is the longest
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                 std::chars_format::general, 6);
-  AppendNarrow(line, {digits.data(), static_cast<size_t>(end.ptr - digits.data())});
+// A stream would switch the C locale of the whole process, when a host has set one.
+void LogLine::AppendDouble(double value) {
+  std::array<char, kSixDigitsSize> digits;
+  AppendNarrow({digits.data(), WriteSixDigits(value, digits.data())});
 }
 
-void FunctionLog::Send(LogLevel level, std::wostringstream& line) const {
-  line.put(L'(');
-  AppendNarrow(line, function_);
-  line.put(L')');
-  LcdLogMessage(level, line.str().c_str());
+void LogLine::AppendPointer(const void* pointer) {
+  AppendNarrow(pointer == nullptr ? "" : "0x");
+  AppendUnsigned(reinterpret_cast<uintptr_t>(pointer), 16);
 }
+
+void LogLine::AppendSigned(int64_t number) {
+  std::array<char, kMostDigits> digits;
+  AppendNarrow({digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr});
+}
+
+void LogLine::AppendUnsigned(uint64_t number, int base) {
+  std::array<char, kMostDigits> digits;
+  AppendNarrow({digits.data(), std::to_chars(digits.begin(), digits.end(), number, base).ptr});
+}
+
+void LogLine::Send(LogLevel level) const { LcdLogMessage(level, text_.c_str()); }
 
 }  // namespace velora

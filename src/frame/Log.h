@@ -1,9 +1,13 @@
 #pragma once
 
+#include <array>
 #include <concepts>
-#include <sstream>
+#include <cstddef>
+#include <cstdint>
+#include <memory_resource>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace velora {
 
@@ -15,15 +19,58 @@ enum LogLevel : int {
   LogError = 3,  // a failure that changes the result
 };
 
+// A line in the making. One of usual length takes nothing from the heap: each export writes one,
+// and a stream would be the dearest of what the library itself does on the way to the registry.
+class LogLine {
+ public:
+  LogLine() { text_.reserve(kUsualLength); }
+
+  template <typename Part>
+  void Append(const Part& part) {
+    if constexpr (std::convertible_to<const Part&, std::wstring_view>) {
+      text_ += std::wstring_view(part);
+    } else if constexpr (std::convertible_to<const Part&, std::string_view>) {
+      AppendNarrow(part);
+    } else if constexpr (std::same_as<Part, wchar_t>) {
+      text_ += part;
+    } else if constexpr (std::same_as<Part, char>) {
+      AppendNarrow({&part, 1});
+    } else if constexpr (std::floating_point<Part>) {
+      AppendDouble(part);
+    } else if constexpr (std::is_pointer_v<Part>) {
+      AppendPointer(part);
+    } else if constexpr (std::is_signed_v<decltype(+part)>) {
+      AppendSigned(+part);
+    } else {
+      AppendUnsigned(+part);
+    }
+  }
+
+  void Send(LogLevel level) const;
+
+ private:
+  static constexpr size_t kUsualLength = 255;  // characters
+
+  void AppendNarrow(std::string_view text);
+  void AppendDouble(double value);
+  void AppendPointer(const void* pointer);
+  void AppendSigned(int64_t number);
+  void AppendUnsigned(uint64_t number, int base = 10);
+
+  std::array<wchar_t, kUsualLength + 1> usual_;
+  std::pmr::monotonic_buffer_resource memory_{usual_.data(), sizeof usual_};
+  std::pmr::wstring text_{&memory_};
+};
+
 // The log of one function. Every line has one shape: message + "(" + qualified function name + ")".
 //
 //   constexpr FunctionLog log("ColorFieldApi::SetColorField");
 //   log.Error(L"SetOsIccFile Failed, ret is", result);
 //
-// The parts of a message are streamed one after the other: wide texts as they are, narrow texts
-// widened one char at a time, numbers in the stream's default format (a double shows six
-// significant digits), pointers as the stream prints them. The host's C locale has no influence.
-// Lines may be composed on any thread.
+// The parts of a message stand one behind the other: wide texts as they are, narrow texts widened
+// one char at a time, numbers as a stream has them by default (a double shows six significant
+// digits), pointers in hexadecimal. The host's C locale has no influence. Lines may be composed on
+// any thread.
 class FunctionLog {
  public:
   explicit constexpr FunctionLog(std::string_view function) : function_(function) {}
@@ -48,28 +95,15 @@ class FunctionLog {
   // For the few functions whose level is a parameter.
   template <typename... Parts>
   void Write(LogLevel level, const Parts&... parts) const {
-    std::wostringstream line;
-    line.imbue(std::locale::classic());
-    (Append(line, parts), ...);
-    Send(level, line);
+    LogLine line;
+    (line.Append(parts), ...);
+    line.Append(L'(');
+    line.Append(function_);
+    line.Append(L')');
+    line.Send(level);
   }
 
  private:
-  template <typename Part>
-  static void Append(std::wostringstream& line, const Part& part) {
-    if constexpr (std::convertible_to<const Part&, std::string_view>) {
-      AppendNarrow(line, part);
-    } else if constexpr (std::floating_point<Part>) {
-      AppendDouble(line, part);
-    } else {
-      line << part;
-    }
-  }
-
-  static void AppendNarrow(std::wostringstream& line, std::string_view text);
-  static void AppendDouble(std::wostringstream& line, double value);
-  void Send(LogLevel level, std::wostringstream& line) const;
-
   std::string_view function_;
 };
 

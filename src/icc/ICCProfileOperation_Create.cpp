@@ -151,8 +151,10 @@ Profile CreateUsrDesignIccProfile(const UserDesignInfo& info) {
 
 bool GetSha256Value(const SharedFile& file, uint8_t* hash, uint64_t& size) {
   constexpr FunctionLog log("ICCProfileOperation::GetSha256Value");
-  size = 0;
-  file.GetSize(size);
+  // Without its size the hash would go over the profile's head.
+  if (!file.GetSize(size)) {
+    return false;
+  }
   const std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[size]());
   if (bytes == nullptr) {
     log.Error(L"Memery allocation failed");

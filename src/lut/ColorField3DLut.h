@@ -1,7 +1,5 @@
 #pragma once
 
-#include <windows.h>
-
 #include <array>
 #include <cstdint>
 #include <map>
@@ -33,6 +31,7 @@ using DecodedLut = std::unique_ptr<double[]>;
 //   ColorField3DLut_ModeTables.cpp     the fixed tables, registration, which file a mode reads
 //   ColorField3DLut_PanelIdentity.cpp  the panel's EDID, compared with a block's header
 //   ColorField3DLut_Extraction.cpp     firmware table or golden file to bin file
+//   ColorField3DLut_Blocks.cpp         the bytes on that way: a table's block, its proof and values
 //   ColorField3DLut_DataFiles.cpp      reading and writing of data files
 //   ColorField3DLut_3DApply.cpp        3D LUTs: bin file, or a user's file, to panel
 //   ColorField3DLut_GammaApply.cpp     the same for gamma LUTs

@@ -117,7 +117,10 @@ bool ColorField3DLut::CreateThreeLutBinFile3D(const double* lut) {
     }
     std::vector<uint8_t> payload(LutDataLength(k3DEntries));
     EncodeLut(lut, k3DEntries, payload.data());
-    file.WriteAt(kBlockHeaderSize, payload);
+    // Half a LUT with a new hash and the mark would pass for a fused one for good.
+    if (!file.WriteAt(kBlockHeaderSize, payload)) {
+      return false;
+    }
   }
   RehashEbookBin(path);
   return true;

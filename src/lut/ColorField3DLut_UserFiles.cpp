@@ -137,13 +137,10 @@ bool ColorField3DLut::Sha256UserLut(const std::string& path, int count) {
     log.Error(L"Sha256Data failed to apply for space");
     return false;
   }
-  file.ReadAt(0, {data.get(), size});
+  // A file that comes short lacks what could not be written: with a hash it would pass for whole.
   uint8_t hash[kSha256Size];
-  if (!Sha256({data.get(), size}, hash)) {
-    return false;
-  }
-  file.WriteAt(size, hash);
-  return true;
+  return file.ReadAt(0, {data.get(), size}) == size && Sha256({data.get(), size}, hash) &&
+         file.WriteAt(size, hash);
 }
 
 }  // namespace velora

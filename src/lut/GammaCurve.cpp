@@ -1,6 +1,9 @@
 #include "lut/GammaCurve.h"
 
 #include <cmath>
+#include <cstdint>
+
+#include "frame/Avx2.h"
 
 namespace velora {
 namespace {
@@ -11,12 +14,27 @@ constexpr double kLowestGain = 0.9 - 0.00001;
 constexpr double kHighestGain = 1.0 + 0.00001;
 constexpr double kDark = 1e-16;
 
+// Whether the x87 works with all of its 64 bits. Windows starts threads with 53, and this tool
+// chain's power then has another error, and other results.
+bool HasExtendedPrecision() {
+  constexpr unsigned kPrecisionControl = 0x300;
+  uint16_t controlWord = 0;
+  asm("fnstcw %0" : "=m"(controlWord));
+  return (controlWord & kPrecisionControl) == kPrecisionControl;
+}
+
 // Not a number passes: it is neither below nor above.
 bool IsGainValid(double gain) { return !(gain < kLowestGain || gain > kHighestGain); }
 
 }  // namespace
 
 void BendGammaLut(const RgbGains& gains, double exponent, double* lut) {
+  const bool isFast = HasAvx2() && HasExtendedPrecision() && exponent >= kLeastExponentForAvx2 &&
+                      exponent <= kGreatestExponentForAvx2;
+  (isFast ? BendGammaLutAvx2 : BendGammaLutPlain)(gains, exponent, lut);
+}
+
+void BendGammaLutPlain(const RgbGains& gains, double exponent, double* lut) {
   const auto bend = [exponent](double value) {
     return kGammaMaxValue * std::pow(value / kGammaMaxValue, exponent);
   };

@@ -22,6 +22,13 @@ struct RgbGains {
 // exponent. So the gains are bent too.
 void BendGammaLut(const RgbGains& gains, double exponent, double* lut);
 
+// The two ways of it, with the same results. The second needs a processor with AVX2, an x87 that
+// works with all of its 64 bits, and an exponent within these bounds.
+void BendGammaLutPlain(const RgbGains& gains, double exponent, double* lut);
+void BendGammaLutAvx2(const RgbGains& gains, double exponent, double* lut);
+inline constexpr double kLeastExponentForAvx2 = 0.5;
+inline constexpr double kGreatestExponentForAvx2 = 1.5;
+
 // A gain of this or less means that no fine tuning is set.
 inline constexpr double kNoGain = 1e-16;
 

@@ -1,5 +1,6 @@
 #include "lut/LutBlock.h"
 
+#include "frame/Avx2.h"
 #include "frame/IntegerCast.h"
 #include "panel/ByteOrder.h"
 
@@ -12,6 +13,10 @@ uint32_t Truncate(double value) { return static_cast<uint32_t>(TruncateToInt32(v
 }  // namespace
 
 void DecodeLut(std::span<const uint8_t> block, int entries, double* out) {
+  (HasAvx2() && entries >= kLeastForAvx2 ? DecodeLutAvx2 : DecodeLutPlain)(block, entries, out);
+}
+
+void DecodeLutPlain(std::span<const uint8_t> block, int entries, double* out) {
   const auto count = static_cast<size_t>(entries);
   const uint8_t* word = block.data() + kBlockHeaderSize;
   const uint8_t* extension = word + 4 * count;

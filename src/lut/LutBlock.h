@@ -43,6 +43,11 @@ static_assert(k3DEntries == 4913 && k3DBlockSize == 24725 && kGammaBlockSize == 
 // block: at least LutBlockSize(entries) bytes; header and hash are not looked at.
 void DecodeLut(std::span<const uint8_t> block, int entries, double* out);
 
+// The two ways of it, with the same results. The second needs a processor with AVX2.
+inline constexpr int kLeastForAvx2 = 8;  // entries
+void DecodeLutPlain(std::span<const uint8_t> block, int entries, double* out);
+void DecodeLutAvx2(std::span<const uint8_t> block, int entries, double* out);
+
 // Encodes entries (truncated towards zero) as words and extension bytes into data,
 // LutDataLength(entries) bytes. Values above their field run into the field above, as in
 // DecodeLut's layout; R's high bits are the extension byte.

@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "frame/Avx2.h"
+#include "frame/IntegerCast.h"
 #include "lut/LutBlock.h"
 
 namespace velora {
@@ -52,8 +54,12 @@ Tetrahedron TetrahedronAt(uint32_t fr, uint32_t fg, uint32_t fb) {
 }
 
 // A value as a grid coordinate and fraction. A block with a good hash can hold more than the 10
-// bits of a LUT's values: such a value stands for the largest.
-int32_t OnGrid(double value) { return std::min(static_cast<int32_t>(value), k3DMaxValue); }
+// bits of a LUT's values: such a value stands for the largest. So does what no block can hold, a
+// value below 0 and no number: nothing may index beyond the grid.
+int32_t OnGrid(double value) {
+  const auto integer = static_cast<uint32_t>(TruncateToInt32(value));
+  return static_cast<int32_t>(std::min<uint32_t>(integer, k3DMaxValue));
+}
 
 }  // namespace
 
@@ -74,16 +80,15 @@ void TetrahedralLookup(const int32_t rgb[3], const RgbTriple* lut, int32_t out[3
   }
 }
 
-double* ComposeLuts(const double* first, const double* second) {
+bool ComposeLutsPlain(const double* first, const double* second, double* result) {
   constexpr size_t kEntries = k3DEntries;
-  std::unique_ptr<double[]> result(new (std::nothrow) double[LutValueCount(k3DEntries)]);
   const std::unique_ptr<RgbTriple[]> lut(new (std::nothrow) RgbTriple[kEntries]);
-  if (!result || !lut) {
-    return nullptr;
+  if (!lut) {
+    return false;
   }
   for (size_t i = 0; i < kEntries; ++i) {
     for (size_t c = 0; c < 3; ++c) {
-      lut[i][c] = static_cast<int32_t>(second[3 * i + c]);
+      lut[i][c] = TruncateToInt32(second[3 * i + c]);
     }
   }
   for (size_t i = 0; i < kEntries; ++i) {
@@ -95,7 +100,17 @@ double* ComposeLuts(const double* first, const double* second) {
       result[3 * i + c] = out[c];
     }
   }
-  return result.release();
+  return true;
+}
+
+double* ComposeLuts(const double* first, const double* second) {
+  std::unique_ptr<double[]> result(new (std::nothrow) double[LutValueCount(k3DEntries)]);
+  if (!result) {
+    return nullptr;
+  }
+  const bool composed = (HasAvx2() && ComposeLutsAvx2(first, second, result.get())) ||
+                        ComposeLutsPlain(first, second, result.get());
+  return composed ? result.release() : nullptr;
 }
 
 }  // namespace velora

@@ -17,4 +17,11 @@ void TetrahedralLookup(const int32_t rgb[3], const RgbTriple* lut, int32_t out[3
 // of first beyond 1023 count as 1023.
 double* ComposeLuts(const double* first, const double* second);
 
+// The two ways of it, with the same results, into the caller's array. The plain one takes any
+// values; false without memory. The other needs a processor with AVX2; false, with a result of no
+// meaning, where a value of second is not within 0 to 32767, as only extension bytes of more than a
+// LUT's 10 bits make it.
+bool ComposeLutsPlain(const double* first, const double* second, double* result);
+bool ComposeLutsAvx2(const double* first, const double* second, double* result);
+
 }  // namespace velora

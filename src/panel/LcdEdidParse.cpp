@@ -1,7 +1,5 @@
 #include "panel/LcdEdidParse.h"
 
-#include <cctype>
-
 #include "CoreKit/CoreKit.h"
 #include "frame/Log.h"
 #include "panel/ByteOrder.h"
@@ -46,7 +44,9 @@ bool LcdEdidParse::ParseEdidData(const uint8_t* data, uint32_t length) {
   // spell serial numbers this way.
   serialNumber_ = CoreKit::BytesToHexString(data + kSerialNumberOffset, kSerialNumberLength);
   for (char& digit : serialNumber_) {
-    digit = static_cast<char>(std::toupper(static_cast<unsigned char>(digit)));
+    if (digit >= 'a') {
+      digit = static_cast<char>(digit - 'a' + 'A');
+    }
   }
   week_ = data[kWeekOffset] > kLastWeek ? 0 : data[kWeekOffset];
   year_ = data[kYearOffset] + kFirstYear;

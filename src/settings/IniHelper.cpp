@@ -3,8 +3,6 @@
 #include <windows.h>
 
 #include <array>
-#include <locale>
-#include <sstream>
 #include <string_view>
 #include <type_traits>
 
@@ -21,9 +19,7 @@ void Extract(std::wstring_view text, T* value) {
   if constexpr (std::is_same_v<T, double>) {
     ExtractDouble(text, *value);
   } else {
-    std::wistringstream stream{std::wstring(text)};
-    stream.imbue(std::locale::classic());
-    stream >> *value;
+    ExtractInteger(text, *value);
   }
 }
 

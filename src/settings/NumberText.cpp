@@ -5,6 +5,7 @@
 #include <charconv>
 #include <limits>
 #include <locale>
+#include <sstream>
 #include <stdexcept>
 
 namespace velora {
@@ -88,7 +89,9 @@ double ParseDouble(std::wstring_view text) {
   double value = 0;
   auto error = std::errc::invalid_argument;
   if (isHexadecimal) {
-    error = FromChars(number.substr(2), value, std::chars_format::hex).ec;
+    // from_chars would take a second sign of the exponent, too.
+    number = number.substr(2, number.find("+-") - 2);
+    error = FromChars(number, value, std::chars_format::hex).ec;
   } else if (!number.starts_with('-')) {  // from_chars would take a second sign
     error = FromChars(number, value, std::chars_format::general).ec;
   }
@@ -123,5 +126,15 @@ void ExtractDouble(std::wstring_view text, double& value) {
     value = -value;
   }
 }
+
+template <typename T>
+void ExtractInteger(std::wstring_view text, T& value) {
+  std::wistringstream stream{std::wstring(text)};
+  stream.imbue(std::locale::classic());
+  stream >> value;
+}
+
+template void ExtractInteger(std::wstring_view, int&);
+template void ExtractInteger(std::wstring_view, unsigned long&);
 
 }  // namespace velora

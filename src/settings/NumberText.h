@@ -18,4 +18,8 @@ double ParseDouble(std::wstring_view text);
 // For text of at most 259 characters.
 void ExtractDouble(std::wstring_view text, double& value);
 
+// The same for an int or unsigned long; a sign turns an unsigned number within its bits.
+template <typename T>
+void ExtractInteger(std::wstring_view text, T& value);
+
 }  // namespace velora

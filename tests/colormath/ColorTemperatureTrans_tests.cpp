@@ -149,6 +149,26 @@ TEST_F(ColorTemperatureTransTest, PointToGains_TheCentre) {
   EXPECT_NE(Gains(80 + 2e-6, 80, 80).r, -1) << "no longer the centre";
 }
 
+TEST_F(ColorTemperatureTransTest, PointToGains_TheCentresEdge) {
+  ExpectUnchanged(1e-6, 0, 0);
+  EXPECT_NE(Gains(1.005e-6, 0, 0).r, -1);
+}
+
+// Where one arcsine takes over from the other.
+TEST_F(ColorTemperatureTransTest, PointToGains_JustBelowTheHorizontal) {
+  const ColorTemperatureRgb rgb = Gains(80.3, 80.4, 80);
+  ColorTemperatureRgb expected;
+  trans.GainCalc(0.5 / 80, 36.86989764584402, &expected);  // 3, 4, 5
+  EXPECT_NEAR(rgb.r, expected.r, 1e-12);
+  EXPECT_NEAR(rgb.g, expected.g, 1e-12);
+  EXPECT_NEAR(rgb.b, expected.b, 1e-12);
+}
+
+TEST_F(ColorTemperatureTransTest, PointToGains_NearTheRim) {
+  EXPECT_EQ(Gains(80, 80 - 80 * 1.005, 80).g, k93);
+  EXPECT_NEAR(Gains(80, 80 - 80 * 0.995, 80).g, 1 - (1 - k93) * 0.995, 1e-12);
+}
+
 TEST_F(ColorTemperatureTransTest, PointToGains_TheRimsTopIsRed) {
   ExpectRgb(Gains(80, 0, 80), 1.0, 0.9300000071525574, 0.9300000071525574);
 }

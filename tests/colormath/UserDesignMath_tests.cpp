@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "colormath/Matrix3x3.h"
@@ -14,7 +13,6 @@
 namespace velora {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 // A wide panel, white not quite D65.
 constexpr ChromaticityGamut kPanel = {0.31, 0.33, 0.68, 0.31, 0.25, 0.70, 0.15, 0.055};
 
@@ -199,6 +197,38 @@ TEST(UserDesignMath, RgbDenormalization_GammaOfZero) {
   }
 }
 
+// What is as small as the limit is not zero.
+TEST(UserDesignMath, TheLimitOfZero) {
+  constexpr double kLimit = 1e-16;
+  const Matrix in = {kLimit, 0, 0, 0, 1, 0, 0, 0, 1};
+  Matrix inverse = {};
+  InvertDesignMatrix(in.data(), inverse.data());
+  EXPECT_EQ(inverse[0], 1 / kLimit);
+
+  ChromaticityGamut gamut = kPanel;
+  gamut.redX = kLimit;
+  EXPECT_NE(ToXyz(gamut), Matrix{});
+
+  double rgb[3] = {kLimit, 0.5 * kLimit, 1};
+  double out[3] = {-1, -1, -1};
+  RgbDenormalization(rgb, 1.0, out);
+  EXPECT_EQ(rgb[0], kLimit);
+  EXPECT_EQ(rgb[1], 0);
+
+  double white[3] = {1, 1, 1};
+  RgbDenormalization(white, kLimit, out);
+  EXPECT_EQ(out[0], 1023);
+}
+
+// A channel above the limit whose power is below it.
+TEST(UserDesignMath, RgbDenormalization_DarkIsBlack) {
+  double rgb[3] = {1e-9, 1e-9, 1e-9};
+  double out[3] = {-1, -1, -1};
+  RgbDenormalization(rgb, 0.5, out);
+  EXPECT_EQ(rgb[0], 1e-9);
+  EXPECT_EQ(out[0], 0);
+}
+
 TEST(UserDesignMath, FillUser3DLut_SameBitsAsThePlainWay) {
   for (int number = 1; number <= 7; ++number) {
     const ChromaticityGamut& target = number < 7 ? *FindTargetGamut(number) : kPanel;
@@ -208,6 +238,21 @@ TEST(UserDesignMath, FillUser3DLut_SameBitsAsThePlainWay) {
       EXPECT_EQ(User3DLut(m, targetGamma, panelGamma), Plain3DLut(m, targetGamma, panelGamma))
           << number;
     }
+  }
+}
+
+// The panel's gamma may be any that an EDID can say, and others.
+TEST(UserDesignMath, FillUser3DLut_SameBitsForEachPanelGamma) {
+  for (int byte = -50; byte < 256; ++byte) {
+    const Matrix m = TargetToPanel(*FindTargetGamut(byte & 3 ? 4 : 2), kPanel, true);
+    const double panelGamma = (byte + 100) / 100.0;
+    const double targetGamma = byte % 2 == 0 ? 2.2 : 2.4;
+    ASSERT_EQ(User3DLut(m, targetGamma, panelGamma), Plain3DLut(m, targetGamma, panelGamma))
+        << panelGamma;
+  }
+  for (const double panelGamma : {1e-10, 0.1, 16.5, 1e10}) {
+    const Matrix m = TargetToPanel(*FindTargetGamut(3), kPanel, true);
+    EXPECT_EQ(User3DLut(m, 2.2, panelGamma), Plain3DLut(m, 2.2, panelGamma)) << panelGamma;
   }
 }
 
@@ -266,6 +311,17 @@ TEST(UserDesignMath, FillUserGammaLut_StraightLines) {
   EXPECT_EQ(lut[3069], 4095.0);
   EXPECT_EQ(lut[3070], 4095.0 / 2);
   EXPECT_EQ(lut[3071], 4095.0 / 4);
+}
+
+// Whichever channel is the largest reaches the top.
+TEST(UserDesignMath, FillUserGammaLut_LargestChannel) {
+  std::vector<double> lut(3072);
+  const Matrix green = {0.5, 0, 0, 0, 1, 0, 0, 0, 0.25};
+  ASSERT_TRUE(FillUserGammaLut(green.data(), 1.0, lut.data()));
+  EXPECT_EQ(lut[3070], 4095);
+  const Matrix blue = {0.5, 0, 0, 0, 0.25, 0, 0, 0, 1};
+  ASSERT_TRUE(FillUserGammaLut(blue.data(), 1.0, lut.data()));
+  EXPECT_EQ(lut[3071], 4095);
 }
 
 TEST(UserDesignMath, FillUserGammaLut_ThePanelsOwnWhiteIsNeutral) {

@@ -30,6 +30,22 @@ struct Guarded {
   T all[2 * n];
 };
 
+// The smallest size that can only be a negative number.
+TEST(BoundedCopy, LeastRefusedSize) {
+  constexpr size_t kTooLarge = std::numeric_limits<size_t>::max() / 2 + 1;
+  const uint8_t source[] = {1};
+  uint8_t byte = 7;
+  char text[] = "a";
+  wchar_t wide[] = L"a";
+  EXPECT_NE(memcpy_s(&byte, kTooLarge, source, 1), 0);
+  EXPECT_NE(memset_s(&byte, kTooLarge, 1, 1), 0);
+  EXPECT_NE(strcpy_s(text, kTooLarge, "b"), 0);
+  EXPECT_NE(wcsncpy_s(wide, kTooLarge, L"b", 1), 0);
+  EXPECT_EQ(byte, 7);
+  EXPECT_STREQ(text, "a");
+  EXPECT_STREQ(wide, L"a");
+}
+
 // --- memcpy_s ---
 
 TEST(BoundedCopy, memcpy_s_CopiesWhatFits) {

@@ -92,12 +92,35 @@ TEST(FunctionLog, FloatsShowSixSignificantDigits) {
   EXPECT_EQ(Compose(1234567.0F), L"1.23457e+06(Class::Method)");
 }
 
-TEST(FunctionLog, PointersAsTheStreamPrintsThem) {
+TEST(FunctionLog, PointersAsAStreamPrintsThem) {
   const int object = 0;
-  const void* const pointer = &object;
-  std::wostringstream expected;
-  expected << pointer << L"(Class::Method)";
-  EXPECT_EQ(Compose(pointer), expected.str());
+  for (const void* const pointer :
+       {static_cast<const void*>(&object), static_cast<const void*>(nullptr)}) {
+    std::wostringstream expected;
+    expected << pointer << L"(Class::Method)";
+    EXPECT_EQ(Compose(pointer), expected.str());
+  }
+}
+
+TEST(FunctionLog, SmallNumbersAreNoCharacters) {
+  EXPECT_EQ(Compose(true, L" ", uint8_t{65}, L" ", int8_t{-1}, L" ", uint16_t{66}, L" ", INT64_MIN),
+            L"1 65 -1 66 -9223372036854775808(Class::Method)");
+}
+
+TEST(FunctionLog, CharactersWideAndNarrow) {
+  EXPECT_EQ(Compose(L'\x4e2d', '\xe9'), L"\x4e2d\x00e9(Class::Method)");
+}
+
+// Longer than the room of a usual line, in one part and in many.
+TEST(FunctionLog, LinesOfAnyLength) {
+  for (const size_t length : {200u, 239u, 240u, 241u, 255u, 256u, 257u, 1000u, 100'000u}) {
+    const std::wstring wide(length, L'w');
+    const std::string narrow(length, 'n');
+    EXPECT_EQ(Compose(wide), wide + L"(Class::Method)");
+    EXPECT_EQ(
+        Compose(narrow, wide, 7, narrow),
+        std::wstring(length, L'n') + wide + L"7" + std::wstring(length, L'n') + L"(Class::Method)");
+  }
 }
 
 // The line ends there for the logger, which takes a terminated text.

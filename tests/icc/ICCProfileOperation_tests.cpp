@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/NotebookTest.h"
+#include "support/UserProfile.h"
 #include "virtualnotebook/Factory.h"
 
 namespace {
@@ -193,6 +194,19 @@ TEST_F(ICCProfileOperationTest, CreateAndSaveIccProfile_CannotBePatched) {
   EXPECT_TRUE(std::filesystem::exists(path)) << "what was written stays";
 }
 
+// Where the profile ends can't be told: the hash does not go over its head.
+TEST_F(ICCProfileOperationTest, CreateAndSaveIccProfile_SizeUnknown) {
+  notebook.FailCall("GetFileSizeEx", 1, FALSE, ERROR_GEN_FAILURE);
+  UserDesignInfo info = Design("Mine%1", "Mine");
+  EXPECT_EQ(icc.CreateAndSaveIccProfile(info), 1);
+  EXPECT_LOG(
+      {1, kCreated},
+      {3, L"Can not get Sha256 Value(ICCProfileOperation::WriteSha256ValueToIccProfile)"},
+      {3, L"Write Sha256Value failed(ICCProfileOperation::ModifyICCProfile)"},
+      {3, L"Modify icc profile header failed(ICCProfileOperation::CreateAndSaveIccProfile)"});
+  EXPECT_EQ(testsupport::ReadFileBytes(PathOf("Mine%1"))[0], 0) << "the size's first byte";
+}
+
 TEST_F(ICCProfileOperationTest, CreateAndSaveIccProfile_CannotBeOpenedToAll) {
   notebook.FailCall("CoreKit::EnableFileUsersPriviledge", 1, 1);
   UserDesignInfo info = Design("Mine%1", "Mine");
@@ -257,6 +271,27 @@ TEST_F(ICCProfileOperationTest, ICCProfileSha256Check_SizeBeyondTheLimit) {
   for (uint32_t size : {896u, 1000u, 1001u, 1024u + 1u}) {
     EXPECT_FALSE(Check(sized(size), "n")) << size;
     EXPECT_LOG(CheckLine(L"Icc file is abnormoal!"));
+  }
+}
+
+// The profile that native tests and fuzzers check is this one, as far as the check looks.
+TEST_F(ICCProfileOperationTest, ICCProfileSha256Check_TestProfileHasTheLayout) {
+  for (const std::string name : {"m", "Mi", "Min", "Mine", "A name of some length"}) {
+    const Bytes made = Make(name);
+    const Bytes layout = testsupport::MakeUserProfile(name);
+    ASSERT_EQ(layout.size(), made.size()) << name;
+    const auto expectSame = [&](size_t first, size_t last) {
+      EXPECT_TRUE(std::equal(made.begin() + static_cast<ptrdiff_t>(first),
+                             made.begin() + static_cast<ptrdiff_t>(last),
+                             layout.begin() + static_cast<ptrdiff_t>(first)))
+          << name << " at " << first;
+    };
+    expectSame(0, 8);
+    expectSame(80, 84);
+    expectSame(128, 144);
+    expectSame(264, 268);
+    expectSame(292, 292 + 2 * name.size());
+    EXPECT_TRUE(Check(layout, name));
   }
 }
 

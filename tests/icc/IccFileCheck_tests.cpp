@@ -158,6 +158,29 @@ TEST_F(IccFileCheckTest, CompareSha256_TrailingPieceIsNoRecord) {
   EXPECT_TRUE(Compare({Record("P3.icc", kHashOfAbc), piece}));
 }
 
+// The letters of the name and the hash count. The rest does not: what stands behind the name's end,
+// the bytes that nobody reads.
+TEST_F(IccFileCheckTest, CompareSha256_EveryFlippedBitOfARecord) {
+  Bytes record = Record("P3.icc", kHashOfAbc);
+  size_t refused = 0;
+  for (uint8_t& byte : record) {
+    for (int bit = 0; bit < 8; ++bit) {
+      byte ^= static_cast<uint8_t>(1 << bit);
+      refused += Compare({record}) ? 0U : 1U;
+      byte ^= static_cast<uint8_t>(1 << bit);
+    }
+  }
+  EXPECT_EQ(refused, 8 * (6 + 32)) << "of 816";
+}
+
+TEST_F(IccFileCheckTest, CompareSha256_EveryCutOfARecord) {
+  const Bytes record = Record("P3.icc", kHashOfAbc);
+  for (size_t length = 0; length < record.size(); ++length) {
+    EXPECT_FALSE(Compare({{record.begin(), record.begin() + static_cast<ptrdiff_t>(length)}}))
+        << length;
+  }
+}
+
 TEST_F(IccFileCheckTest, CompareSha256_NameOf62And63Characters) {
   for (const size_t length : {62u, 63u}) {
     const std::string name = std::string(length - 4, 'n') + ".icc";

@@ -294,6 +294,32 @@ TEST_F(ColorField3DLut3DApply, FileIsGoneAtTheLastRead) {
   EXPECT_EQ(notebook.platform.lut3D, Own(2));
 }
 
+// A known weakness: the file is read twice, and proved the first time. What another process writes
+// in between is shown; the next process finds it, and rebuilds the file.
+TEST_F(ColorField3DLut3DApply, FileThatChangesBehindItsProofIsShown) {
+  Bytes changed = Block(2);
+  changed[128 + 3] ^= 1;  // the first entry's blue
+  WriteFileBytes(DataFile("P3.bin"), Block(2));
+  int openings = 0;
+  notebook.onCall = [&](const virtualnotebook::Call& call) {
+    if (call.function == "CreateFileA" && ++openings == 2) {
+      WriteFileBytes(DataFile("P3.bin"), changed);
+    }
+  };
+  EXPECT_TRUE(engine.SetDisplayerBy3DLut(2));
+  notebook.onCall = nullptr;
+  std::vector<double> shown = Own(2);
+  shown[2] = static_cast<int>(shown[2]) ^ 1;
+  EXPECT_EQ(notebook.platform.lut3D, shown);
+  EXPECT_EQ(Log(), Lines({Entry(2), GamutLine(machine.panel), notEbook}));
+
+  velora::ColorField3DLut next;
+  Register(next);
+  EXPECT_TRUE(next.SetDisplayerBy3DLut(2));
+  EXPECT_EQ(notebook.platform.lut3D, Own(2));
+  EXPECT_EQ(ReadFileBytes(DataFile("P3.bin")), Block(2));
+}
+
 TEST_F(ColorField3DLut3DApply, NoMemoryForTheLut) {
   ASSERT_TRUE(engine.GetLcdEdidData());
   notebook.ForgetRecords();

@@ -238,14 +238,12 @@ TEST_F(ColorField3DLutEbook, NoMemory) {
     EXPECT_TRUE(failure.HasFailed());
     EXPECT_EQ(Log(), Lines({notSupported}));
   }
-  for (const unsigned n : {3u, 4u}) {
-    notebook.ForgetRecords();
-    const testsupport::FailingNew failure(n);
-    EXPECT_FALSE(engine.FusionEbookProc(7));
-    EXPECT_TRUE(failure.HasFailed());
-    EXPECT_EQ(Log(), Lines({supported, Error("FusionLutData3D", "outLut is null"),
-                            Error("FusionEbookProc", "res is null.")}));
-  }
+  notebook.ForgetRecords();
+  const testsupport::FailingNew failure(3);
+  EXPECT_FALSE(engine.FusionEbookProc(7));
+  EXPECT_TRUE(failure.HasFailed());
+  EXPECT_EQ(Log(), Lines({supported, Error("FusionLutData3D", "outLut is null"),
+                          Error("FusionEbookProc", "res is null.")}));
   EXPECT_EQ(ReadFileBytes(file), Block(7));
 }
 
@@ -327,6 +325,18 @@ TEST_F(ColorField3DLutEbook, CreateThreeLutBinFile3D_WiderStride) {
   EXPECT_EQ(written[24725], 0x7F);
   EXPECT_EQ(written[24726], 0xFF);
   EXPECT_TRUE(engine.IsLutDataValid3D(ToBuffer(written)));
+}
+
+// Neither hash nor mark are renewed: a file that is torn is found out, one that is whole fused
+// later.
+TEST_F(ColorField3DLutEbook, CreateThreeLutBinFile3D_AWriteFails) {
+  for (const uint64_t result : {uint64_t{FALSE}, uint64_t{TRUE}}) {
+    WriteFileBytes(file, Block(7));
+    notebook.FailCall("WriteFile", 1, result, ERROR_DISK_FULL);
+    EXPECT_FALSE(engine.CreateThreeLutBinFile3D(Own(1).data()));
+    notebook.ClearFaults();
+    EXPECT_EQ(ReadFileBytes(file), Block(7));
+  }
 }
 
 // The old hash keeps a half-written file from being used.

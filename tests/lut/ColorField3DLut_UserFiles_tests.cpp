@@ -155,6 +155,31 @@ TEST_F(ColorField3DLutUserFiles, AnOpenFails) {
   }
 }
 
+// What the disk did not take has no hash that holds: zeros never pass for a user's LUT.
+TEST_F(ColorField3DLutUserFiles, AWriteOrReadFails) {
+  const std::vector<double> lut = SomeGammaLut();
+  const std::string path = Temp("Mine_gammalut.bin");
+  const struct {
+    const char* function;
+    unsigned n;
+    uint64_t result;
+  } rows[] = {{"WriteFile", 1, FALSE},     {"WriteFile", 1, TRUE},  {"WriteFile", 2, FALSE},
+              {"WriteFile", 2, TRUE},      {"WriteFile", 3, FALSE}, {"WriteFile", 3, TRUE},
+              {"GetFileSizeEx", 1, FALSE}, {"ReadFile", 1, FALSE},  {"ReadFile", 1, TRUE}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.function + std::to_string(row.n));
+    notebook.ForgetRecords();
+    notebook.ClearFaults();
+    notebook.FailCall(row.function, row.n, row.result, ERROR_DISK_FULL);
+    EXPECT_EQ(engine.SaveUserGammaLutBin(lut.data(), "Mine"), "");
+    EXPECT_EQ(EngineLog(),
+              Lines({Error("CreateUserBinFile", "Add sha256 data fail, bin file path: " + path),
+                     Error("SaveUserGammaLutBin",
+                           "Create user gammalut temp bin file fail, bin path :" + path)}));
+    EXPECT_LT(ReadFileBytes(path).size(), 5280u) << "no file that passes";
+  }
+}
+
 TEST_F(ColorField3DLutUserFiles, Sha256UserLut_NoMemory) {
   const std::vector<double> lut = SomeGammaLut();
   const testsupport::FailingNew failing(1);

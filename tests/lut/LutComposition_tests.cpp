@@ -320,11 +320,9 @@ TEST(LutComposition, ComposeLuts_KeepsLargeValuesOnTheGrid) {
 
 TEST(LutComposition, ComposeLuts_WithoutMemory) {
   const Lut lut(4913 * 3);
-  for (const unsigned n : {1u, 2u}) {
-    const testsupport::FailingNew failure(n);
-    EXPECT_EQ(ComposeLuts(lut.data(), lut.data()), nullptr);
-    EXPECT_TRUE(failure.HasFailed());
-  }
+  const testsupport::FailingNew failure(1);
+  EXPECT_EQ(ComposeLuts(lut.data(), lut.data()), nullptr);
+  EXPECT_TRUE(failure.HasFailed());
 }
 
 }  // namespace

@@ -91,6 +91,7 @@ TEST(CctCurve, CalcCctRgb_NoNumber) { EXPECT_EQ(At(kCurve, kNan), (Gains{1.0F, 0
 TEST(CctCurve, CalcCctRgb_NoLengthToDivideBy) {
   const CctCurve tiny = {{0.0F, 1, 1, 1}, {2e-6F, 2, 2, 2}, {1.0F, 4, 4, 4}};
   EXPECT_EQ(At(tiny, 1.5e-6F), (Gains{2, 2, 2}));
+  EXPECT_EQ(At(tiny, 1e-6F), (Gains{2, 2, 2})) << "as near as the limit";
   EXPECT_NE(At(tiny, 0.5e-6F), (Gains{2, 2, 2}));
   const CctCurve twice = {{5000.0F, 1, 1, 1}, {5000.0F, 2, 2, 2}, {6000.0F, 4, 4, 4}};
   EXPECT_EQ(At(twice, 5000.0F), (Gains{1, 1, 1})) << "the first interval";

@@ -146,13 +146,14 @@ TYPED_TEST(BlockHeader, Parse_DoesNotLookAtTheVersion) {
 TYPED_TEST(BlockHeader, Destructor_ClearsAllBytes) {
   std::array<uint8_t, 128> bytes;
   bytes.fill(0xA5);
-  alignas(TypeParam) unsigned char storage[sizeof(TypeParam)];
+  constexpr size_t kFields = sizeof(void*);  // behind the vtable's pointer
+  alignas(TypeParam) unsigned char storage[sizeof(TypeParam)] = {};
   BiosHeaderBase* const header = new (storage) TypeParam;
   ASSERT_TRUE(header->Parse(bytes.data(), bytes.size()));
-  ASSERT_EQ(std::count(std::begin(storage), std::end(storage), 0xA5), 128);
+  ASSERT_EQ(std::count(std::begin(storage) + kFields, std::end(storage), 0xA5), 128);
   std::destroy_at(header);
   const volatile unsigned char* const left = storage;
-  for (size_t i = sizeof(void*); i < sizeof storage; ++i) {  // behind the vtable's pointer
+  for (size_t i = kFields; i < sizeof storage; ++i) {
     EXPECT_EQ(left[i], 0) << i;
   }
 }

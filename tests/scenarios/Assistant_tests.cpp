@@ -13,6 +13,7 @@
 
 #include "VeloraPlatform/SoftwarePanel.h"
 #include "support/NotebookTest.h"
+#include "support/StartProcess.h"
 #include "virtualnotebook/HostedLibrary.h"
 #include "virtualnotebook/tour/HelpersInTurn.h"
 
@@ -42,10 +43,9 @@ Ended RunAssistant(const std::wstring& arguments) {
     throw std::runtime_error("no pipe");
   }
   startup.hStdOutput = startup.hStdError;
-  std::wstring commandLine = L"VeloraAssistant.exe " + arguments;
   PROCESS_INFORMATION process{};
-  const BOOL started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0,
-                                      nullptr, nullptr, &startup, &process);
+  const bool started =
+      testsupport::StartProcess(L"VeloraAssistant.exe " + arguments, startup, process);
   CloseHandle(startup.hStdError);
   Ended ended{.status = STILL_ACTIVE, .output = {}};
   if (started) {
@@ -248,7 +248,7 @@ class AssistantByLibrary : public Assistant {
   }
 
   testsupport::ScopedKey settings_{HKEY_LOCAL_MACHINE, L"SOFTWARE\\Norvex\\Velora"};
-  tour::HelpersInTurn helpers_{library.notebook};
+  tour::HelpersInTurn helpers_{library.notebook, false};
 };
 
 TEST_F(AssistantByLibrary, EachFrameIsShownByAHelperOfItsOwn) {

@@ -2,17 +2,19 @@
 
 #include <stdexcept>
 
+#include "support/StartProcess.h"
+
 namespace scenarios {
 namespace {
 
 constexpr DWORD kPatience = 120000;  // milliseconds for whatever a test waits for
 constexpr DWORD kPoll = 5;           // milliseconds
 
-std::wstring HostPath() {
+std::wstring PathOf(const wchar_t* program) {
   wchar_t path[MAX_PATH];
   GetModuleFileNameW(nullptr, path, MAX_PATH);
   const std::wstring text = path;
-  return text.substr(0, text.rfind(L'\\') + 1) + L"scenario_tests_host.exe";
+  return text.substr(0, text.rfind(L'\\') + 1) + program;
 }
 
 // A pipe of which the other process inherits one end.
@@ -26,7 +28,7 @@ void MakePipe(HANDLE& readEnd, HANDLE& writeEnd, HANDLE& ownEnd) {
 
 }  // namespace
 
-HostProcess::HostProcess() {
+HostProcess::HostProcess(const wchar_t* program) {
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
@@ -34,8 +36,7 @@ HostProcess::HostProcess() {
   MakePipe(startup.hStdInput, input_, input_);
   MakePipe(output_, startup.hStdOutput, output_);
   PROCESS_INFORMATION process{};
-  const BOOL started = CreateProcessW(HostPath().c_str(), nullptr, nullptr, nullptr, TRUE, 0,
-                                      nullptr, nullptr, &startup, &process);
+  const bool started = testsupport::StartProcess(L"\"" + PathOf(program) + L"\"", startup, process);
   CloseHandle(startup.hStdInput);
   CloseHandle(startup.hStdOutput);
   if (!started) {
@@ -52,9 +53,11 @@ HostProcess::~HostProcess() {
   CloseHandle(process_);
 }
 
-int HostProcess::Call(const std::string& command) {
+int HostProcess::Call(const std::string& command) { return std::stoi(Ask(command)); }
+
+std::string HostProcess::Ask(const std::string& command) {
   Send(command);
-  return std::stoi(Receive());
+  return Receive();
 }
 
 void HostProcess::Send(const std::string& command) const {
@@ -96,13 +99,12 @@ void HostProcess::Kill() const {
 DWORD RunTest(const std::wstring& name) {
   wchar_t program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
-  std::wstring command =
+  const std::wstring command =
       L"\"" + std::wstring(program) + L"\" --gtest_also_run_disabled_tests --gtest_filter=" + name;
   STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                      &startup, &process)) {
+  if (!testsupport::StartProcess(command, startup, process)) {
     return GetLastError();
   }
   DWORD result = WAIT_FAILED;

@@ -6,17 +6,22 @@
 
 namespace scenarios {
 
-// Another process that has the shipped library loaded (host/HostProgram.cpp) and does as it is
-// told. Whatever goes wrong with it throws std::runtime_error.
+// Programs that have the shipped library loaded and do as they are told.
+inline constexpr wchar_t kHost[] = L"scenario_tests_host.exe";  // host/HostProgram.cpp
+inline constexpr wchar_t kMachineHost[] =
+    L"scenario_tests_machine_host.exe";  // machinehost/MachineHostProgram.cpp
+
+// One of them as another process. Whatever goes wrong with it throws std::runtime_error.
 class HostProcess {
  public:
-  HostProcess();
+  explicit HostProcess(const wchar_t* program = kHost);
   ~HostProcess();  // ends it
   HostProcess(const HostProcess&) = delete;
   HostProcess& operator=(const HostProcess&) = delete;
 
-  // A command, and the number that it answers.
+  // A command, and the number that it answers, or all of the answer.
   int Call(const std::string& command);
+  std::string Ask(const std::string& command);
 
   // The same in two steps, for what takes its time.
   void Send(const std::string& command) const;

@@ -24,6 +24,29 @@ TEST(HostedLibrary, LeavesNothingLoaded) {
   EXPECT_EQ(GetModuleHandleW(kLibrary), nullptr);
 }
 
+// A process has a thousand and some: a program that loads the library for each of many tests would
+// run out of them.
+TEST(HostedLibrary, GivesThreadLocalSlotsBack) {
+  const auto live = [] {
+    HostedLibrary library;
+    virtualnotebook::SetUpNotebook(library.notebook);
+    library.notebook.ThrowFrom("WmiQuery::ExcuteQueryImpl", 1, "for the runtime's own slot");
+    char vendor[5];
+    EXPECT_ANY_THROW(library.GetVendor(vendor, sizeof vendor));
+  };
+  const auto firstFreeSlot = [] {
+    const DWORD slot = TlsAlloc();
+    TlsFree(slot);
+    return slot;
+  };
+  live();
+  const DWORD before = firstFreeSlot();
+  for (int i = 0; i < 10; ++i) {
+    live();
+  }
+  EXPECT_EQ(firstFreeSlot(), before);
+}
+
 // The feature flags are read once in a library's life: a second library reads them again.
 TEST(HostedLibrary, EachHasSingletonsOfItsOwn) {
   const auto firstReads = [] {

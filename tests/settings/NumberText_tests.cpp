@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "support/GuardedBuffer.h"
+
 namespace velora {
 namespace {
 
@@ -65,6 +67,14 @@ const std::vector<std::wstring> kTexts = {
     L"0X1P3",
     L"-0x1p3",
     L"0x1.8p",
+    L"0x1p+3",
+    L"0x1p-3",
+    L"0x1p+-3",
+    L"0x1p-+3",
+    L"0x1p--3",
+    L"0x1p++3",
+    L"-0x1.8p+-3",
+    L"0x8+-3",
     L"0x-1",
     L"0x+1",
     L"0xinf",
@@ -286,6 +296,71 @@ TEST(NumberText, TheHostsLocaleHasNoInfluence) {
   ExtractDouble(L"0.5", value);
   EXPECT_EQ(value, 0.5);
   EXPECT_EQ(setlocale(LC_ALL, nullptr), locale.Name());
+}
+
+// --- Integers ---
+
+template <typename T>
+T Integer(std::wstring_view text) {
+  T value = 42;
+  ExtractInteger(text, value);
+  return value;
+}
+
+TEST(NumberText, ExtractInteger_OfAnInt) {
+  EXPECT_EQ(Integer<int>(L"12abc"), 12);
+  EXPECT_EQ(Integer<int>(L" \t\n-7"), -7);
+  EXPECT_EQ(Integer<int>(L"+007"), 7);
+  EXPECT_EQ(Integer<int>(L"0x10"), 0) << "decimal digits alone";
+  EXPECT_EQ(Integer<int>(L"abc"), 0);
+  EXPECT_EQ(Integer<int>(L"-"), 0);
+  EXPECT_EQ(Integer<int>(L""), 42);
+  EXPECT_EQ(Integer<int>(L"  "), 42);
+  EXPECT_EQ(Integer<int>(L"2147483647"), 2147483647);
+  EXPECT_EQ(Integer<int>(L"2147483648"), 2147483647);
+  EXPECT_EQ(Integer<int>(L"-2147483648"), std::numeric_limits<int>::min());
+  EXPECT_EQ(Integer<int>(L"-99999999999999999999"), std::numeric_limits<int>::min());
+}
+
+TEST(NumberText, ExtractInteger_OfAnUnsignedLong) {
+  constexpr auto kTop = std::numeric_limits<unsigned long>::max();
+  EXPECT_EQ(Integer<unsigned long>(L"4294967295"), 4294967295u);
+  EXPECT_EQ(Integer<unsigned long>(L"99999999999999999999999"), kTop);
+  EXPECT_EQ(Integer<unsigned long>(L"-1"), kTop) << "from 0 downwards";
+  EXPECT_EQ(Integer<unsigned long>(L"abc"), 0u);
+  EXPECT_EQ(Integer<unsigned long>(L" "), 42u);
+}
+
+// A locale of the C++ library that the host has made the global one.
+TEST(NumberText, ExtractInteger_TheGlobalLocaleHasNoInfluence) {
+  class Thousands : public std::numpunct<wchar_t> {
+    wchar_t do_thousands_sep() const override { return L','; }
+    std::string do_grouping() const override { return "\3"; }
+  };
+  const std::locale before = std::locale::global(std::locale(std::locale(), new Thousands));
+  const int value = Integer<int>(L"1,234");
+  std::locale::global(before);
+  EXPECT_EQ(value, 1);
+}
+
+// Every beginning of every text, at the end of a page.
+TEST(NumberText, TextsAtTheEndOfMemory) {
+  for (const std::wstring& text : kTexts) {
+    const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+    for (size_t length = 0; length <= text.size(); ++length) {
+      const testsupport::GuardedBuffer guarded({bytes, length * sizeof(wchar_t)});
+      const std::wstring_view view(reinterpret_cast<const wchar_t*>(guarded.data()), length);
+      const std::wstring copy = text.substr(0, length);
+      double value = 42;
+      double expected = 42;
+      ExtractDouble(view, value);
+      ExtractDouble(copy, expected);
+      EXPECT_PRED2(AreAlike, value, expected);
+      EXPECT_EQ(Integer<int>(view), Integer<int>(copy));
+      const auto parseView = [view](const std::wstring&) { return ParseDouble(view); };
+      EXPECT_EQ(velora::Run(parseView, copy).outcome, velora::Run(ParseDouble, copy).outcome);
+    }
+  }
 }
 
 }  // namespace

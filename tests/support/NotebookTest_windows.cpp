@@ -136,9 +136,10 @@ std::vector<uint8_t> ScratchDirectory::Read(const std::string& name) const {
   return ReadFileBytes(Path(name));
 }
 
+// By wide paths: narrow ones go through fopen, which a notebook beneath the test program records.
 void WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-  std::ofstream file(path, std::ios::binary);
+  std::ofstream file(std::filesystem::path(path), std::ios::binary);
   file.write(reinterpret_cast<const char*>(bytes.data()),
              static_cast<std::streamsize>(bytes.size()));
   if (!file.flush()) {
@@ -147,7 +148,7 @@ void WriteFileBytes(const std::string& path, const std::vector<uint8_t>& bytes) 
 }
 
 std::vector<uint8_t> ReadFileBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(std::filesystem::path(path), std::ios::binary);
   if (!file) {
     throw std::runtime_error("can't read " + path);
   }

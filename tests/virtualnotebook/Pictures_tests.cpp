@@ -4,9 +4,7 @@
 #include <string>
 
 #include "support/NotebookTest.h"
-#include "virtualnotebook/ChromaticityDiagram.h"
 #include "virtualnotebook/ColourCircle.h"
-#include "virtualnotebook/CurvePlot.h"
 #include "virtualnotebook/DayPlot.h"
 
 namespace virtualnotebook {
@@ -21,31 +19,6 @@ size_t CountOf(const std::string& text, const std::string& part) {
   size_t count = 0;
   for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
   return count;
-}
-
-TEST(CurvePlot, OneLineForEachChannelOfEachCurve) {
-  const testsupport::ScratchDirectory directory;
-  std::vector<double> lut(3072, 0.0);
-  lut[0] = 4095;
-  WriteCurvePlot(directory.Path("plot.svg"), "Title",
-                 {{"first", lut}, {"second", lut}, {"none", {}}});
-  const std::string svg = ReadText(directory.Path("plot.svg"));
-  EXPECT_EQ(CountOf(svg, "<polyline"), 6u);
-  EXPECT_EQ(CountOf(svg, "Title"), 1u);
-  EXPECT_NE(svg.find("points=\"40,40 "), std::string::npos) << "red begins at the top left";
-  EXPECT_NE(svg.find("520,520 \"/>"), std::string::npos) << "all end at the bottom right";
-}
-
-TEST(ChromaticityDiagram, TrianglesAndWhitePoints) {
-  const testsupport::ScratchDirectory directory;
-  const PanelDescription panel;
-  WriteChromaticityDiagram(directory.Path("xy.svg"),
-                           {{"panel", "black", panel.red, panel.green, panel.blue, panel.white}});
-  const std::string svg = ReadText(directory.Path("xy.svg"));
-  EXPECT_EQ(CountOf(svg, "<polygon"), 2u) << "the locus and the panel";
-  EXPECT_EQ(CountOf(svg, "<circle"), 1u);
-  // Red, 0.68 and 0.32, by hand: 40 + 600 x, 40 + 600 (0.9 - y).
-  EXPECT_NE(svg.find("points=\"448,388 "), std::string::npos);
 }
 
 TEST(DayPlot, StepsOfThreeTemperaturesAndThreeGains) {
@@ -66,10 +39,8 @@ TEST(DayPlot, StepsOfThreeTemperaturesAndThreeGains) {
   EXPECT_EQ(CountOf(svg, "x=\"300\" y=\"70\" width=\"120\" height=\"310\""), 1u) << "the event";
 }
 
-TEST(Pictures, FilesThatCannotBeWritten) {
+TEST(DayPlot, FileThatCannotBeWritten) {
   EXPECT_THROW(WriteDayPlot("Q:\\no\\such.svg", {}, {}), std::runtime_error);
-  EXPECT_THROW(WriteCurvePlot("Q:\\no\\such.svg", "", {}), std::runtime_error);
-  EXPECT_THROW(WriteChromaticityDiagram("Q:\\no\\such.svg", {}), std::runtime_error);
 }
 
 TEST(ColourCircle, TintsTheInsideOnly) {

@@ -12,7 +12,8 @@ build_deps() {
   [[ $(cat "$deps/stamp" 2>/dev/null) != "$(deps_recipe)" ]] || return 0
   rm -rf "$deps_work"
   mkdir -p "$deps_work/out/lib" "$deps_work/out/include" "$deps_work/out/licences"
-  step deps-sources "Fetching the sources of OpenSSL and Little CMS" fetch_sources
+  step deps-sources "Fetching the sources of OpenSSL and Little CMS" \
+    fetch_sources "$deps_work" bookworm openssl lcms2
   step deps-libcrypto "Cross-building libcrypto" build_libcrypto
   step deps-lcms2 "Cross-building Little CMS" build_lcms2
   # In place all at once, so that an interrupted build is never taken for a finished one.
@@ -20,28 +21,6 @@ build_deps() {
   rm -rf "$deps"
   mv -T "$deps_work/out" "$deps"
   rm -rf "$deps_work"
-}
-
-# From Debian's source packages, through a set-up of apt's own: the user's lists, sources and cache
-# stay as they are. Only upstream's archives are taken; they have no use for Debian's patches. The
-# main suite alone will do, and the security suite's index at times names what its mirror lacks.
-fetch_sources() {
-  local apt=$deps_work/apt mirror
-  mkdir -p "$apt/lists/partial" "$apt/cache"
-  # The mirror that this machine uses, if it uses one.
-  mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' 'Codename: bookworm' \
-    'Origin: Debian' 'Component: main' 2>/dev/null | head -n 1) || true
-  cat >"$apt/sources.list" <<END
-deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] ${mirror:-http://deb.debian.org/debian} bookworm main
-END
-  local apt_get=(apt-get -o Dir::Etc::SourceList="$apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
-    -o Dir::State::Lists="$apt/lists" -o Dir::Cache="$apt/cache" -o Acquire::Retries=3)
-  cd "$deps_work"
-  "${apt_get[@]}" update
-  "${apt_get[@]}" source --download-only --tar-only openssl lcms2
-  mkdir openssl lcms2
-  tar -xf openssl_3.0.*.orig.tar.* -C openssl --strip-components=1
-  tar -xf lcms2_2.14*.orig.tar.* -C lcms2 --strip-components=1
 }
 
 # Static, with its assembly, and with what the digests need: the less there is, the smaller each

@@ -4,12 +4,15 @@ build_packages=(
   cmake ninja-build g++-mingw-w64-x86-64-posix # the product
   lld                                          # its import library for MSVC
   dpkg-dev make perl xz-utils                  # libcrypto and Little CMS from their sources
-  nlohmann-json3-dev libstb-dev                # header-only
+  nlohmann-json3-dev libstb-dev libcli11-dev   # header-only
   googletest                                   # sources, built with the tests
   wine64
 )
-test_packages=(g++ libssl-dev clang clang-format clang-tidy pkgconf python3)
+test_packages=(g++ libgmock-dev libgtest-dev libssl-dev libbenchmark-dev clang llvm clang-format clang-tidy
+  pkgconf python3 python3-jsonschema)
 docs_packages=(doxygen)
+# Google Benchmark, the peers, and what counts instructions.
+bench_packages=(g++ libbenchmark-dev libssl-dev liblcms2-dev libopencolorio-dev hwdata valgrind python3)
 
 # install_packages PACKAGE...: installs those that are missing.
 install_packages() {

@@ -1,6 +1,7 @@
 # Sourced by the commands: everything that a build needs, made where it is missing.
 . "$(dirname "${BASH_SOURCE[0]}")/steps.sh"
 . "$top/tools/lib/packages.sh"
+. "$top/tools/lib/sources.sh"
 . "$top/tools/lib/deps.sh"
 
 # set_up [PACKAGE...]: with further packages beyond those of the build.

@@ -4,8 +4,8 @@ export WINEPREFIX=${VELORA_WINEPREFIX:-$build/wine} WINEARCH=win64
 export WINEDEBUG=${WINEDEBUG:--all}
 # Neither of the two add-ons that Wine offers to download, and no entries in the user's menus.
 export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
-# Programs find the shipped DLLs.
-export WINEPATH=$build/windows/bin
+# Programs find the shipped DLLs, or those of another build.
+export WINEPATH=${VELORA_DLLS:-$build/windows/bin}
 # The Unix locale decides Wine's: this one gives English (United States), and 1252 for the ANSI code
 # page, which narrow paths and texts go through.
 export LC_ALL=C.UTF-8

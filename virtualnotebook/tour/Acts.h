@@ -25,8 +25,8 @@ struct Act {
   const char* story;  // one sentence
   Report (*play)(Stage& stage);
   const char* picture;  // file name of what the panel shows afterwards; null: none
-  // Further pictures, for a directory; null: none.
-  void (*draw)(Stage& stage, const std::string& directory) = nullptr;
+  // A further picture into a directory, and its name; null: none.
+  std::string (*draw)(Stage& stage, const std::string& directory) = nullptr;
 };
 
 // Each group starts a host of its own.
@@ -35,6 +35,7 @@ std::span<const Act> WayActs();            // the same mode by each way to the p
 std::span<const Act> ColourMathsActs();    // the colour circle and fusion
 std::span<const Act> UserModeActs();       // a mode of the user's own, from design to deletion
 std::span<const Act> NaturalColourActs();  // the panel follows the light in the room
+std::span<const Act> SettingsActs();       // settings, flags, events, displays, telemetry
 std::vector<Act> AllActs();
 
 }  // namespace tour

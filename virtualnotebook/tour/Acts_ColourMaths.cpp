@@ -38,7 +38,7 @@ Report PointOnTheCircle(Stage& stage) {
            {"the panel shows 1, 0.93 and 0.93", Shows(stage, 1, kRedVertex, kRedVertex)}}};
 }
 
-void DrawCircle(Stage& stage, const std::string& directory) {
+std::string DrawCircle(Stage& stage, const std::string& directory) {
   const HostedLibrary& library = stage.Library();
   const Image circle = DrawColourCircle([&](double x, double y) {
     const ColorTemperatureConfig point = {.x = x, .y = y};
@@ -48,7 +48,7 @@ void DrawCircle(Stage& stage, const std::string& directory) {
   });
   constexpr char kName[] = "colour-circle.png";
   WritePng(directory + "/" + kName, circle, stage.Machine().panel);
-  std::printf("   picture  %s\n", kName);
+  return kName;
 }
 
 Report EyeProtectionOnTop(Stage& stage) {

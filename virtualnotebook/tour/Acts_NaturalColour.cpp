@@ -224,14 +224,14 @@ Report DayByPlatform(Stage& stage) {
   return {outcome, checks};
 }
 
-void DrawDay(Stage& stage, const std::string& directory) {
+std::string DrawDay(Stage& stage, const std::string& directory) {
   constexpr char kName[] = "natural-colour-day.svg";
   WriteDayPlot(directory + "/" + kName, stage.day,
                {{HourOf(0), HourOf(kSwitchOn), "off"},
                 {HourOf(kNoonOff), HourOf(kNoonOn), "off"},
                 {HourOf(kRefusal), HourOf(kRefusal + 1), "refused"},
                 {HourOf(kEbookOn), HourOf(kEbookOff), "e-book"}});
-  std::printf("   picture  %s\n", kName);
+  return kName;
 }
 
 // --- By the firmware's event ---
@@ -288,7 +288,7 @@ Report DayByHelper(Stage& stage) {
   stage.ClearPanel();
   stage.StartHost();
   Calculation calculation(kFewFrames);
-  HelpersInTurn helpers(stage.Notebook());
+  HelpersInTurn helpers(stage.Notebook(), stage.IsApart());
   bool inTime = false;
   double afterRefusal = 0;
   double afterResumption = 0;

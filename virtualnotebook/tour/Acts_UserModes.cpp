@@ -4,7 +4,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "virtualnotebook/ChromaticityDiagram.h"
+#include "pictures/ChromaticityDiagram.h"
 #include "virtualnotebook/tour/Checks.h"
 
 namespace tour {
@@ -65,10 +65,11 @@ struct UserFiles {
   std::string gammaLut;
 };
 
-UserFiles UserFilesOf(const char* id) {
+UserFiles UserFilesOf(const Stage& stage, const char* id) {
   const std::string user = MachineDirs().data + "\\User\\";
-  return {std::string(kColorDir) + "\\" + ProfileOf(id), user + "3dlut\\" + id + ".bin",
-          user + "gammalut\\" + id + ".bin"};
+  return {stage.Path(std::string(kColorDir) + "\\" + ProfileOf(id)),
+          stage.Path(user + "3dlut\\" + id + ".bin"),
+          stage.Path(user + "gammalut\\" + id + ".bin")};
 }
 
 bool Exist(const UserFiles& files) {
@@ -89,19 +90,21 @@ Report DesignAMode(Stage& stage) {
       stage.Do([&](HostedLibrary& library) { return library.SaveUserSelfColor(&design); });
   return {outcome,
           {Result(outcome, ResultOk, "ResultOk"),
-           {"profile, 3D LUT and gamma LUT are on the disk", Exist(UserFilesOf(kFirstId))},
+           {"profile, 3D LUT and gamma LUT are on the disk", Exist(UserFilesOf(stage, kFirstId))},
            Profile(stage, ProfileOf(kFirstId)),
            WhiteIs(stage, "D50", kD50)}};
 }
 
-void DrawDesign(Stage& stage, const std::string& directory) {
+std::string DrawDesign(Stage& stage, const std::string& directory) {
   constexpr char kName[] = "design-cie-xy.svg";
   const PanelDescription& panel = stage.Machine().panel;
-  WriteChromaticityDiagram(
+  pictures::WriteFile(
       directory + "/" + kName,
-      {{"this panel", "#202020", panel.red, panel.green, panel.blue, panel.white},
-       {"the design", "#2060c0", {0.64, 0.33}, {0.30, 0.60}, {0.15, 0.06}, kD50}});
-  std::printf("   picture  %s\n", kName);
+      pictures::ChromaticityDiagram(
+          {{"this panel", "#202020", panel.red, panel.green, panel.blue, panel.white},
+           {"the design", "#2060c0", {0.64, 0.33}, {0.30, 0.60}, {0.15, 0.06}, kD50}})
+          .Svg());
+  return kName;
 }
 
 Report EditTheColours(Stage& stage) {
@@ -114,8 +117,8 @@ Report EditTheColours(Stage& stage) {
 }
 
 Report Rename(Stage& stage) {
-  const UserFiles before = UserFilesOf(kFirstId);
-  const UserFiles after = UserFilesOf(kSecondId);
+  const UserFiles before = UserFilesOf(stage, kFirstId);
+  const UserFiles after = UserFilesOf(stage, kSecondId);
   const Bytes lut3D = ReadBytes(before.lut3D);
   const Bytes gammaLut = ReadBytes(before.gammaLut);
   const UserDesignInfo design = Design(kSecondId, "Proof", kWarm, kGamma);

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "virtualnotebook/CurvePlot.h"
+#include "pictures/CurvePlot.h"
 #include "virtualnotebook/tour/Checks.h"
 
 namespace tour {
@@ -62,12 +62,15 @@ Report FineTune(Stage& stage) {
        FactoryLut(stage)}};
 }
 
-void DrawGammaCurves(Stage& stage, const std::string& directory) {
-  const std::string name = "gamma-fine-tuned.svg";
-  WriteCurvePlot(
-      directory + "/" + name, "Gamma LUT of mode 2",
-      {{"before", MakeLut(stage.Machine().panel, kGammaLut)}, {"fine-tuned", ShownGamma(stage)}});
-  std::printf("   picture  %s\n", name.c_str());
+std::string DrawGammaCurves(Stage& stage, const std::string& directory) {
+  std::string name = "gamma-fine-tuned.svg";
+  constexpr double kTop = 4095;
+  pictures::WriteFile(directory + "/" + name,
+                      pictures::CurvePlot("Gamma LUT of mode 2", kTop,
+                                          {{"before", MakeLut(stage.Machine().panel, kGammaLut)},
+                                           {"fine-tuned", ShownGamma(stage)}})
+                          .Svg());
+  return name;
 }
 
 Report FineTuneOfTheNextHost(Stage& stage) {

@@ -18,7 +18,8 @@ class HelpersInTurn {
  public:
   using Gains = std::array<double, 3>;  // of R, G and B
 
-  explicit HelpersInTurn(virtualnotebook::Notebook& notebook);
+  // isPlayed: no helper is started; the tour takes the part of each, by its command line.
+  HelpersInTurn(virtualnotebook::Notebook& notebook, bool isPlayed);
   ~HelpersInTurn();
   HelpersInTurn(const HelpersInTurn&) = delete;
   HelpersInTurn& operator=(const HelpersInTurn&) = delete;
@@ -31,6 +32,7 @@ class HelpersInTurn {
   Gains ShownNow() const;
 
   virtualnotebook::Notebook& notebook_;
+  bool isPlayed_;
   softwarepanel::SoftwarePanel panel_;
   std::vector<Gains> shown_;
   bool inTime_ = true;  // no helper failed to show its colour: no need to wait for more

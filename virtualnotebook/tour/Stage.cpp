@@ -9,6 +9,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "virtualnotebook/tour/Pipeline.h"
+
 namespace tour {
 namespace {
 
@@ -31,9 +33,11 @@ void RemoveTraces() {
 }
 
 // Bin files of an earlier tour would make its first act a warm one.
-InstalledFiles InstallAnew(const MachineData& machine) {
-  RemoveTraces();
-  return InstallMachine(machine);
+InstalledFiles InstallAnew(const MachineData& machine, const Place& place) {
+  if (!place.IsApart()) {
+    RemoveTraces();
+  }
+  return InstallMachine(machine, place.dirs);
 }
 
 std::wstring DeviceIdOf(const PanelDescription& panel) {
@@ -71,6 +75,22 @@ ColorFieldModeInfo ModeInfoOf(const InstalledFiles& files, ColorFieldMode mode, 
   return info;
 }
 
+bool IsSame(const softwarepanel::State& a, const softwarepanel::State& b) {
+  const Color3DInfo& x = a.temperature3D;
+  const Color3DInfo& y = b.temperature3D;
+  return a.has3DLut == b.has3DLut && a.hasGammaLut == b.hasGammaLut && a.hasMatrix == b.hasMatrix &&
+         a.temperatureKind == b.temperatureKind && x.r == y.r && x.g == y.g && x.b == y.b &&
+         x.colorBlue == y.colorBlue && x.protectValue == y.protectValue &&
+         std::ranges::equal(a.matrix, b.matrix) && std::ranges::equal(a.gammaLut, b.gammaLut) &&
+         std::ranges::equal(a.lut3D, b.lut3D);
+}
+
+// Neither log files nor telemetry go out.
+void KeepWithin(virtualnotebook::Notebook& notebook) {
+  notebook.FailCall("NxLogger::Log", 0, 0);
+  notebook.FailCall("OrbView::Report", 0, 0);
+}
+
 void Expect(ResultT result, const char* call) {
   if (result != ResultOk) {
     throw std::runtime_error(std::string(call) + " gave " + std::to_string(result));
@@ -79,9 +99,10 @@ void Expect(ResultT result, const char* call) {
 
 }  // namespace
 
-Stage::Stage(const Bytes& edid)
-    : machine_(MakeMachine(edid, {.realProfiles = true})),
-      files_(InstallAnew(machine_)),
+Stage::Stage(const Bytes& edid, Place place)
+    : place_(std::move(place)),
+      machine_(MakeMachine(edid, {.realProfiles = true})),
+      files_(InstallAnew(machine_, place_)),
       deviceId_(DeviceIdOf(machine_.panel)),
       panel_(edid, deviceId_) {
   if (!viewer_.IsOn()) {
@@ -91,17 +112,25 @@ Stage::Stage(const Bytes& edid)
 
 Stage::~Stage() {
   library_.reset();
-  RemoveTraces();
+  if (!IsApart()) {
+    RemoveTraces();
+  }
 }
 
-std::string Stage::BinFile(const std::string& name) const {
-  return MachineDirs().data + "\\" + name;
+std::string Stage::BinFile(const std::string& name) const { return place_.dirs.data + "\\" + name; }
+
+std::string Stage::Path(const std::string& machinePath) const {
+  return library_->notebook.Moved(machinePath);
 }
 
 void Stage::StartHost(ColorFieldSetType way) {
   ProfileAssociations profiles;
+  PlatformState panel;
   if (library_) {
+    Refresh();
     profiles = library_->notebook.profiles;
+    panel = library_->notebook.platform;
+    panel.temperatures3D.clear();
   }
   library_.reset();
   library_ = std::make_unique<virtualnotebook::HostedLibrary>();
@@ -110,11 +139,18 @@ void Stage::StartHost(ColorFieldSetType way) {
   SetUpNotebook(notebook, deviceId_);
   notebook.firmwareTable = machine_.firmwareTable;
   notebook.profiles = profiles;
-  notebook.forwardPlatform = true;
+  notebook.forwardPlatform = !IsApart();
+  notebook.movedFolders = place_.movedFolders;
+  notebook.eventPrefix = place_.eventPrefix;
+  if (IsApart()) {
+    notebook.platform = panel;
+    KeepWithin(notebook);
+  }
 
-  const ColorFieldInitInfo info = InitInfoOf(files_, way);
-  const ColorFieldModeInfo srgb = ModeInfoOf(files_, SrgbMode, kSrgbLut);
-  const ColorFieldModeInfo p3 = ModeInfoOf(files_, P3Mode, kP3Lut);
+  const InstalledFiles files = FilesOf();
+  const ColorFieldInitInfo info = InitInfoOf(files, way);
+  const ColorFieldModeInfo srgb = ModeInfoOf(files, SrgbMode, kSrgbLut);
+  const ColorFieldModeInfo p3 = ModeInfoOf(files, P3Mode, kP3Lut);
   Expect(library_->Init(), "Init");
   Expect(library_->InitColorFieldInfo(&info), "InitColorFieldInfo");
   Expect(library_->AddColorFieldModeInfo(&srgb), "AddColorFieldModeInfo");
@@ -128,6 +164,8 @@ Outcome Stage::Do(const std::function<ResultT(HostedLibrary&)>& call) {
   const Clock::time_point start = Clock::now();
   const ResultT result = call(*library_);
   const std::chrono::duration<double, std::milli> time = Clock::now() - start;
+  own_->initCount += static_cast<uint32_t>(library_->notebook.CountCalls("PlatformInit") -
+                                           library_->notebook.CountCalls("PlatformFini"));
   return {result, time.count(), library_->notebook.log, 0};
 }
 
@@ -136,6 +174,10 @@ Outcome Stage::SetColorField(int mode) {
 }
 
 void Stage::ClearPanel() {
+  *own_ = {};
+  if (library_ && IsApart()) {
+    library_->notebook.platform = {};
+  }
   viewer_.Update([](softwarepanel::State& state) {
     state = {};
     return true;
@@ -171,7 +213,33 @@ PhysicalMonitor& Stage::ExternalMonitor() {
 
 std::string Stage::ExternalProfile() { return DefaultProfileOf(kExternalDeviceId); }
 
+// What the notebook's platform has by now.
+void Stage::Refresh() const {
+  auto next = std::make_unique<softwarepanel::State>(*own_);
+  TakePipeline(library_->notebook, *next);
+  if (!IsSame(*next, *own_)) {
+    own_ = std::move(next);
+    ++ownSequence_;
+  }
+}
+
+uint64_t Stage::PanelChanges() const {
+  if (!IsApart()) {
+    return viewer_.Sequence();
+  }
+  if (library_) {
+    Refresh();
+  }
+  return ownSequence_;
+}
+
 softwarepanel::State Stage::Shown() const {
+  if (IsApart()) {
+    if (library_) {
+      Refresh();
+    }
+    return *own_;
+  }
   softwarepanel::State state;
   viewer_.Read(state);
   return state;

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,10 +41,21 @@ inline constexpr double kPccMatrix[9] = {0.92, 0.06, 0.02, 0.03, 0.94, 0.03, 0.0
 // Of the modes that the user designs.
 inline constexpr const char* kUserModeIds[] = {"Reading%1", "Proof%2"};
 
+// Where the product is installed for the tour.
+struct Place {
+  virtualnotebook::MachineDirs dirs = {};
+  // As Notebook has them; with any folder moved the place is apart from this machine: nothing of
+  // its files, nor its platform library, is touched.
+  std::map<std::wstring, std::wstring> movedFolders = {};
+  std::wstring eventPrefix = {};
+
+  bool IsApart() const { return !movedFolders.empty(); }
+};
+
 class Stage {
  public:
   // The machine's panel has this EDID.
-  explicit Stage(const Bytes& edid);
+  explicit Stage(const Bytes& edid, Place place = {});
   ~Stage();
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
@@ -51,6 +63,8 @@ class Stage {
   const virtualnotebook::MachineData& Machine() const { return machine_; }
   const virtualnotebook::InstalledFiles& Files() const { return files_; }
   std::string BinFile(const std::string& name) const;
+  std::string Path(const std::string& machinePath) const;  // where the stage has it
+  bool IsApart() const { return place_.IsApart(); }
 
   // A new process of the host, as far as the library can tell: it is loaded anew, so that nothing
   // is left in its memory, and told of the modes 1 and 2 and of the way to the panel. What the
@@ -79,17 +93,22 @@ class Stage {
   std::vector<virtualnotebook::DaySample> day;  // what an act saw, for its picture
 
   softwarepanel::State Shown() const;
-  uint64_t PanelChanges() const { return viewer_.Sequence(); }
+  uint64_t PanelChanges() const;
   virtualnotebook::Image ShowOnPanel(const virtualnotebook::Image& image) const;
 
  private:
   std::string DefaultProfileOf(const std::wstring& deviceId);
+  void Refresh() const;
 
+  Place place_;
   virtualnotebook::MachineData machine_;
   virtualnotebook::InstalledFiles files_;
   std::wstring deviceId_;
   virtualnotebook::PluggedPanel panel_;
   softwarepanel::SoftwarePanel viewer_;
+  // Apart, the panel is the notebook's alone.
+  mutable std::unique_ptr<softwarepanel::State> own_ = std::make_unique<softwarepanel::State>();
+  mutable uint64_t ownSequence_ = 0;
   std::unique_ptr<virtualnotebook::HostedLibrary> library_;
 };
 
