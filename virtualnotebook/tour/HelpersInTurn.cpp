@@ -2,8 +2,11 @@
 
 #include <windows.h>
 
+#include <tlhelp32.h>
+
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 namespace tour {
 namespace {
@@ -11,6 +14,7 @@ namespace {
 using namespace virtualnotebook;
 using Gains = HelpersInTurn::Gains;
 
+constexpr std::wstring_view kHelper = L"VeloraAssistant.exe";
 constexpr DWORD kPatience = 60000;  // milliseconds for one helper
 
 // Beside the library, as the helper is.
@@ -19,6 +23,22 @@ std::wstring InstalledHost() {
   GetModuleFileNameW(GetModuleHandleW(L"VeloraCtlApi.dll"), path, MAX_PATH);
   const std::wstring library = path;
   return library.substr(0, library.rfind(L'\\') + 1) + L"host.exe";
+}
+
+bool IsHelperRunning() {
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  if (snapshot == INVALID_HANDLE_VALUE) {
+    return false;
+  }
+  PROCESSENTRY32W entry = {};
+  entry.dwSize = sizeof entry;
+  bool isThere = false;
+  for (BOOL more = Process32FirstW(snapshot, &entry); more && !isThere;
+       more = Process32NextW(snapshot, &entry)) {
+    isThere = entry.szExeFile == kHelper;
+  }
+  CloseHandle(snapshot);
+  return isThere;
 }
 
 Gains GainsOf(const std::wstring& commandLine) {
@@ -63,13 +83,13 @@ void HelpersInTurn::AwaitTheLast() {
   if (commandLine.empty()) {
     return;
   }
-  const Gains asked = GainsOf(commandLine);
   if (isPlayed_) {
-    shown_.push_back(asked);
+    shown_.push_back(GainsOf(commandLine));
     return;
   }
+  // Its end, not its colour: the one ahead of it may have shown the same.
   const ULONGLONG end = GetTickCount64() + kPatience;
-  while (inTime_ && ShownNow() != asked) {
+  while (inTime_ && IsHelperRunning()) {
     inTime_ = GetTickCount64() < end;
     Sleep(1);
   }

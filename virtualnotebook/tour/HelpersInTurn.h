@@ -11,9 +11,8 @@
 namespace tour {
 
 // For as long as the object lives, the library on this notebook starts VeloraAssistant.exe as if
-// its host were installed beside it. A helper starts when the one ahead of it has shown its colour,
-// which on a machine the pause between two frames gives time for; what the panel showed of each is
-// kept.
+// its host were installed beside it. A helper starts when the one ahead of it has ended, which on a
+// machine the pause between two frames gives time for; what the panel showed after each is kept.
 class HelpersInTurn {
  public:
   using Gains = std::array<double, 3>;  // of R, G and B
@@ -24,7 +23,7 @@ class HelpersInTurn {
   HelpersInTurn(const HelpersInTurn&) = delete;
   HelpersInTurn& operator=(const HelpersInTurn&) = delete;
 
-  // One for each helper, once the last has shown its colour too. While none is being started.
+  // One for each helper, once the last has ended too. While none is being started.
   const std::vector<Gains>& Shown();
 
  private:
@@ -35,7 +34,7 @@ class HelpersInTurn {
   bool isPlayed_;
   softwarepanel::SoftwarePanel panel_;
   std::vector<Gains> shown_;
-  bool inTime_ = true;  // no helper failed to show its colour: no need to wait for more
+  bool inTime_ = true;  // no helper failed to end: no need to wait for more
 };
 
 }  // namespace tour
