@@ -29,8 +29,8 @@ const std::vector<std::string> kEventCalls = {"InitializeSecurityDescriptor",
 const std::vector<std::string> kSettingsCalls = {"RegOpenKeyW",     "RegQueryValueExW",
                                                  "RegCreateKeyExW", "RegSetValueExW",
                                                  "RegCloseKey",     "GetPrivateProfileStringW"};
-constexpr uint64_t kShort = 60;   // milliseconds, for what may not come
-constexpr uint64_t kLong = 5000;  // for what comes
+constexpr uint64_t kShort = 60;    // milliseconds, for what may not come
+constexpr uint64_t kLong = 60000;  // for what comes
 
 class FaultSweep_NaturalColour : public testing::Test {
  protected:

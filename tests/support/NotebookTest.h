@@ -51,11 +51,11 @@ std::vector<std::string> CallsOf(const virtualnotebook::Notebook& notebook,
 
 // Looks again and again for as long as the predicate is false; what it gave last. The waiting
 // leaves no record.
-bool WaitUntil(const std::function<bool()>& predicate, uint64_t milliseconds = 10000);
+bool WaitUntil(const std::function<bool()>& predicate, uint64_t milliseconds = 60000);
 
 // The line comes into the log.
 ::testing::AssertionResult LoggedWithin(const virtualnotebook::Notebook& notebook, int level,
-                                        const std::wstring& text, uint64_t milliseconds = 10000);
+                                        const std::wstring& text, uint64_t milliseconds = 60000);
 
 // For tests that have a notebook by this name.
 #define EXPECT_LOGGED(level, text) EXPECT_TRUE(testsupport::Logged(notebook, level, text))

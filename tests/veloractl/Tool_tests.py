@@ -352,7 +352,7 @@ class Tour(TestCase):
         process = subprocess.run(
             ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--enable-logging=stderr",
              "--v=0", f"--user-data-dir={profile}", "--dump-dom", self.html.as_uri()],
-            capture_output=True, timeout=90)
+            capture_output=True, timeout=300)
         shutil.rmtree(profile, ignore_errors=True)
         self.assertEqual(process.returncode, 0)
         self.assertIn(b"A tour of VeloraCtlApi", process.stdout)

@@ -12,7 +12,7 @@ import jsonschema
 TOP = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = TOP / "build/windows/bin/veloractl.exe"
 SCHEMAS = pathlib.Path(__file__).parent / "schemas"
-TIME_LIMIT = 120  # seconds
+TIME_LIMIT = 300  # seconds
 
 
 def wine_path(path):

@@ -52,7 +52,7 @@ NatureColorDataIn Settings(int32_t executionType, int32_t frameCount) {
 }
 
 bool WaitUntil(const std::function<bool()>& predicate) {
-  const auto end = steady_clock::now() + std::chrono::seconds(10);
+  const auto end = steady_clock::now() + std::chrono::seconds(60);
   while (!predicate()) {
     if (steady_clock::now() > end) {
       return false;
