@@ -95,7 +95,7 @@ class Running {
 
 // --- A run ---
 
-struct RunArguments {
+struct NaturalRunArguments {
   std::string readings;
   std::string factoryFile;
   unsigned seconds = 10;
@@ -223,7 +223,7 @@ Json SensorRun(Session& session, unsigned seconds) {
   return {{"frames", rows}};
 }
 
-Report Run(const RunArguments& arguments, Session& session) {
+Report Run(const NaturalRunArguments& arguments, Session& session) {
   FactoryData factory = ReadFactoryData(arguments.factoryFile);
   const bool fromFile = !arguments.readings.empty();
   const std::vector<Reading> readings =
@@ -421,7 +421,7 @@ void AddNaturalColorCommands(const CommandSet& commands) {
   const CommandSet natural =
       commands.Group("natural", "Natural colour: the panel follows the light");
   natural.Add("run", "Runs natural colour in this process", [](CLI::App& app) -> Action {
-    const auto arguments = std::make_shared<RunArguments>();
+    const auto arguments = std::make_shared<NaturalRunArguments>();
     app.add_option("FILE", arguments->readings,
                    "Readings as CSV, lux,kelvin,time, or a trouble's name: virtual notebook only");
     app.add_flag("--sensor", arguments->fromSensor, "Readings of this machine's sensor");
@@ -445,7 +445,7 @@ void AddNaturalColorCommands(const CommandSet& commands) {
   });
   sensor.Add("replay", "Replays readings on a virtual notebook's sensor",
              [](CLI::App& app) -> Action {
-               const auto arguments = std::make_shared<RunArguments>();
+               const auto arguments = std::make_shared<NaturalRunArguments>();
                app.add_option("FILE", arguments->readings,
                               "CSV of \"sensor record\", or a name of \"sensor troubles\"")
                    ->required();

@@ -90,7 +90,7 @@ struct LogArguments {
   int level = 0;
 };
 
-constexpr const char* kLevels[] = {"DEBUG", "INFO", "WARN", "ERROR"};
+constexpr const char* kLogLevels[] = {"DEBUG", "INFO", "WARN", "ERROR"};
 
 }  // namespace
 
@@ -99,14 +99,14 @@ Json LastLogLines(Session& session, size_t last, int level) {
   if (VirtualMachine* const machine = session.Virtual()) {
     for (const auto& line : machine->Notebook().LogNow()) {
       if (line.level >= level) {
-        lines.push_back(std::string(kLevels[line.level & 3]) + " " + ToUtf8(line.text));
+        lines.push_back(std::string(kLogLevels[line.level & 3]) + " " + ToUtf8(line.text));
       }
     }
   } else {
     std::ifstream file(std::string(velora::kDataDir) + "Log\\velora.log");
     for (std::string line; std::getline(file, line);) {
       for (int known = level; known < 4; ++known) {
-        if (line.find(std::string(" ") + kLevels[known] + " ") != std::string::npos) {
+        if (line.find(std::string(" ") + kLogLevels[known] + " ") != std::string::npos) {
           lines.push_back(line);
           break;
         }

@@ -25,7 +25,7 @@ struct TourArguments {
   std::string edid;
 };
 
-constexpr const char* kLevels[] = {"debug", "info", "warn", "error"};
+constexpr const char* kLevelNames[] = {"debug", "info", "warn", "error"};
 
 // Wider than P3, so that the modes can be told apart by eye.
 PanelDescription WideGamutPanel() {
@@ -88,7 +88,7 @@ class Show {
       shown.checks.push_back({check.announced, check.held});
     }
     for (const LogLine& line : report.outcome.log) {
-      shown.log.push_back(std::string(kLevels[line.level & 3]) + "  " + ToUtf8(line.text));
+      shown.log.push_back(std::string(kLevelNames[line.level & 3]) + "  " + ToUtf8(line.text));
     }
     if (act.picture != nullptr) {
       shown.pictures.push_back(TakeChart(act.picture));

@@ -23,16 +23,26 @@ def ninja(*arguments):
                           text=True).stdout
 
 
+def sources_of(file):
+    """The file, or of several that are compiled as one, each."""
+    if file.suffix != ".cxx":
+        return [file]
+    return [pathlib.Path(name) for name in re.findall(r'#include "(.*\.cpp)"', file.read_text())]
+
+
 def compilations():
     """Source, object and command."""
     for row in json.loads(ninja("-t", "compdb")):
-        source = BUILD / row["file"]
-        if source.suffix != ".cpp" or not source.is_relative_to(TOP) or " -c " not in row["command"]:
+        if " -c " not in row["command"]:
             continue
-        folder = source.relative_to(TOP).as_posix()
-        if folder.split("/")[0] not in LEFT_OUT and (
-                not FOLDERS or any(folder.startswith(name + "/") for name in FOLDERS)):
-            yield source, row["output"], shlex.split(row["command"])
+        for source in sources_of(BUILD / row["file"]):
+            if source.suffix != ".cpp" or not source.is_relative_to(TOP):
+                continue
+            folder = source.relative_to(TOP).as_posix()
+            if folder.split("/")[0] not in LEFT_OUT and (
+                    not FOLDERS or any(folder.startswith(name + "/") for name in FOLDERS)):
+                command = row["command"].replace(row["file"], str(source))
+                yield source, row["output"], shlex.split(command)
 
 
 def included():

@@ -14,7 +14,7 @@ namespace {
 
 using virtualnotebook::ImportedFunction;
 
-Listener* current = nullptr;
+Listener* listening = nullptr;
 std::vector<Heard::Line>* ownLines = nullptr;
 
 constexpr int kRefusedByListener = -1;  // of a platform call: any number but 0 is a failure
@@ -37,7 +37,7 @@ void* unused = nullptr;  // of those that are never called
 }  // namespace
 
 struct Ears {
-  static Heard& Notes() { return current->heard; }
+  static Heard& Notes() { return listening->heard; }
 
   static int ExcuteQueryImpl(NxSDK::WmiQuery* self, const std::wstring& query,
                              const std::wstring& property,
@@ -97,7 +97,7 @@ struct Ears {
     } else {
       notes.profileError = GetLastError();
     }
-    if (current->answer_ == ProfileAnswer::Another && size >= sizeof kAnotherProfile) {
+    if (listening->answer_ == ProfileAnswer::Another && size >= sizeof kAnotherProfile) {
       std::ranges::copy(kAnotherProfile, name);
       return TRUE;
     }
@@ -194,13 +194,13 @@ std::vector<Heard::Line> keptLines;
 }  // namespace
 
 Listener::Listener(HMODULE module, ProfileAnswer answer) : answer_(answer) {
-  current = this;
+  listening = this;
   redirection_ = std::make_unique<virtualnotebook::ImportRedirection>(module, Imports());
 }
 
 Listener::~Listener() {
   redirection_.reset();
-  current = nullptr;
+  listening = nullptr;
 }
 
 OwnLog::OwnLog() {
