@@ -16,7 +16,7 @@ using closedtests::Widen;
 
 namespace {
 
-const std::string kLog = std::string(closedtests::kLogDirectory) + "nxlogger.log";
+const std::string kSenderLog = std::string(closedtests::kLogDirectory) + "nxlogger.log";
 
 }  // namespace
 
@@ -36,7 +36,7 @@ TEST(NxLogger, Log_WritesALineAndKeepsTheStream) {
   NxLogger::GetInstance().Log(static_cast<LOG_MESSAGE_LEVEL>(9), text);
   EXPECT_EQ(text.str(), before);
 
-  const std::vector<std::string> lines = LogLinesWith(kLog, marker);
+  const std::vector<std::string> lines = LogLinesWith(kSenderLog, marker);
   const std::string message = marker + " 1.25(MonitorExtendMode::SetMonitorExtendMode)";
   const std::string thread = closedtests::ProcessAndThread();
   ASSERT_EQ(lines.size(), 3u);
@@ -60,7 +60,7 @@ TEST(NxLogger, Log_ThreadsLoseNothing) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  const std::vector<std::string> lines = LogLinesWith(kLog, marker);
+  const std::vector<std::string> lines = LogLinesWith(kSenderLog, marker);
   EXPECT_EQ(lines.size(), 3u * kLines);
   for (const std::string& line : lines) {
     ASSERT_TRUE(line.ends_with(" INFO " + marker)) << line;

@@ -6,8 +6,8 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::string kUser = "C:\\ProgramData\\Comms\\NxVelora\\User\\";
-constexpr wchar_t kModes[] = L"SOFTWARE\\Norvex\\Velora\\ColorField\\UserDesign";
+const std::string kUserFolder = "C:\\ProgramData\\Comms\\NxVelora\\User\\";
+constexpr wchar_t kModesKey[] = L"SOFTWARE\\Norvex\\Velora\\ColorField\\UserDesign";
 
 // A user's LUT is tied to no panel.
 const virtualnotebook::BlockHeader kNoPanel = {"00000000", "0000", "00", "0000", 11};
@@ -17,7 +17,7 @@ class ColorFieldApiUserModes : public ColorFieldTest {
  protected:
   ColorFieldApiUserModes() {
     for (const char* name : {"temp", "3dlut", "gammalut"}) {
-      std::filesystem::create_directories(kUser + name);
+      std::filesystem::create_directories(kUserFolder + name);
     }
     UserDesignInfo info = UserMode("Mine", "");
     info.gamut = 1;
@@ -25,7 +25,7 @@ class ColorFieldApiUserModes : public ColorFieldTest {
     info.whitePointX = 0.3127;
     info.whitePointY = 0.329;
     EXPECT_EQ(velora::ICCProfileOperation().CreateAndSaveIccProfile(info), 0);
-    std::filesystem::copy_file(kUser + "temp\\Mine%1_usr.icc", profile);
+    std::filesystem::copy_file(kUserFolder + "temp\\Mine%1_usr.icc", profile);
     lut3D.assign(14739, 500);
     gamma.assign(3072, 2000);
     WriteLuts();
@@ -39,18 +39,18 @@ class ColorFieldApiUserModes : public ColorFieldTest {
   }
 
   void WriteLuts() const {
-    testsupport::WriteFileBytes(kUser + "3dlut\\Mine%1.bin",
+    testsupport::WriteFileBytes(kUserFolder + "3dlut\\Mine%1.bin",
                                 virtualnotebook::MakeLutBlock(kNoPanel, lut3D));
-    testsupport::WriteFileBytes(kUser + "gammalut\\Mine%1.bin",
+    testsupport::WriteFileBytes(kUserFolder + "gammalut\\Mine%1.bin",
                                 virtualnotebook::MakeLutBlock(kNoPanel, gamma));
   }
   std::vector<std::wstring> Associations() const { return notebook.profiles.at(panel); }
   bool Logged(const std::wstring& text) const { return testsupport::Logged(notebook, 3, text); }
   static bool HasCurrentMode() {
-    return testsupport::ReadKey(HKEY_LOCAL_MACHINE, kModes).contains(L"CurrentUsrMode");
+    return testsupport::ReadKey(HKEY_LOCAL_MACHINE, kModesKey).contains(L"CurrentUsrMode");
   }
   static testsupport::RegistryValue CurrentMode() {
-    return testsupport::ReadKey(HKEY_LOCAL_MACHINE, kModes)[L"CurrentUsrMode"];
+    return testsupport::ReadKey(HKEY_LOCAL_MACHINE, kModesKey)[L"CurrentUsrMode"];
   }
   // The output's calls, in their order.
   std::vector<std::string> OutputCalls() const {

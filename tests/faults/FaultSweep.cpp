@@ -342,7 +342,7 @@ std::set<USHORT> CountedTypes() {
   return counted;
 }
 
-void ReadTree(HKEY root, const std::wstring& path, RegistryTree& tree) {
+void AppendTree(HKEY root, const std::wstring& path, RegistryTree& tree) {
   HKEY key = nullptr;
   if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
     return;
@@ -359,7 +359,7 @@ void ReadTree(HKEY root, const std::wstring& path, RegistryTree& tree) {
   }
   RegCloseKey(key);
   for (const std::wstring& child : names) {
-    ReadTree(root, path + L"\\" + child, tree);
+    AppendTree(root, path + L"\\" + child, tree);
   }
 }
 
@@ -421,7 +421,7 @@ void CloseHandles(const std::set<HANDLE>& handles) {
 
 RegistryTree ReadTree(HKEY root, const std::wstring& path) {
   RegistryTree tree;
-  ReadTree(root, path, tree);
+  AppendTree(root, path, tree);
   return tree;
 }
 

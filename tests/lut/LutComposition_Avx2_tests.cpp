@@ -21,7 +21,7 @@ namespace {
 using testsupport::GuardedBuffer;
 using Lut = std::vector<double>;
 
-constexpr size_t kValues = LutValueCount(k3DEntries);
+constexpr size_t kLutValues = LutValueCount(k3DEntries);
 
 class LutCompositionAvx2 : public testing::Test {
  protected:
@@ -35,7 +35,7 @@ class LutCompositionAvx2 : public testing::Test {
   int Random() { return static_cast<int>(random_() >> 48); }
 
   Lut RandomLut(int bound) {
-    Lut lut(kValues);
+    Lut lut(kLutValues);
     for (double& value : lut) {
       value = Random() % bound;
     }
@@ -46,7 +46,7 @@ class LutCompositionAvx2 : public testing::Test {
 };
 
 Lut Plain(const Lut& first, const Lut& second) {
-  Lut result(kValues, -1);
+  Lut result(kLutValues, -1);
   EXPECT_TRUE(ComposeLutsPlain(first.data(), second.data(), result.data()));
   return result;
 }
@@ -59,13 +59,13 @@ Lut Fast(const Lut& first, const Lut& second) {
   };
   const GuardedBuffer firstBuffer = guarded(first);
   const GuardedBuffer secondBuffer = guarded(second);
-  const GuardedBuffer resultBuffer = guarded(Lut(kValues, -1));
+  const GuardedBuffer resultBuffer = guarded(Lut(kLutValues, -1));
   auto* result = reinterpret_cast<double*>(resultBuffer.data());
   if (!ComposeLutsAvx2(reinterpret_cast<const double*>(firstBuffer.data()),
                        reinterpret_cast<const double*>(secondBuffer.data()), result)) {
     return {};
   }
-  return {result, result + kValues};
+  return {result, result + kLutValues};
 }
 
 TEST_F(LutCompositionAvx2, TenMillionRandomPoints) {
@@ -91,7 +91,7 @@ TEST_F(LutCompositionAvx2, RandomLutsOfAllWidths) {
 // largest there are.
 TEST_F(LutCompositionAvx2, AllFractions) {
   const Lut smallSteps = RandomLut(4);
-  Lut extremes(kValues);
+  Lut extremes(kLutValues);
   for (double& value : extremes) {
     value = Random() % 2 == 0 ? 0 : 32767;
   }
@@ -114,7 +114,7 @@ TEST_F(LutCompositionAvx2, CutsFractionsOfBoth) {
   Lut first = RandomLut(1024);
   Lut second = RandomLut(1024);
   const Lut expected = Plain(first, second);
-  for (size_t i = 0; i < kValues; ++i) {
+  for (size_t i = 0; i < kLutValues; ++i) {
     first[i] += 0.9;
     second[i] += 0.9;
   }
@@ -133,24 +133,24 @@ TEST_F(LutCompositionAvx2, AnyValueOfTheFirst) {
                            2147483648.0, 4294967296.0, std::numeric_limits<double>::quiet_NaN()};
   const Lut second = RandomLut(1024);
   Lut first = RandomLut(1024);
-  for (size_t i = 0; i < kValues; ++i) {
+  for (size_t i = 0; i < kLutValues; ++i) {
     if (Random() % 4 == 0) {
       first[i] = values[static_cast<size_t>(Random()) % std::size(values)];
     }
   }
   EXPECT_EQ(Fast(first, second), Plain(first, second));
   for (const double value : values) {
-    EXPECT_EQ(Plain(Lut(kValues, value), second),
-              Plain(Lut(kValues, value == -0.5 ? 0 : 1023), second))
+    EXPECT_EQ(Plain(Lut(kLutValues, value), second),
+              Plain(Lut(kLutValues, value == -0.5 ? 0 : 1023), second))
         << value;
   }
 }
 
 TEST_F(LutCompositionAvx2, RefusesASecondOfMoreThan15Bits) {
-  const Lut first(kValues, 512);
+  const Lut first(kLutValues, 512);
   Lut second = RandomLut(32768);
   EXPECT_NE(Fast(first, second), Lut());
-  for (size_t i = 0; i < kValues; i = i < 100 || i > kValues - 100 ? i + 1 : i + 97) {
+  for (size_t i = 0; i < kLutValues; i = i < 100 || i > kLutValues - 100 ? i + 1 : i + 97) {
     const double value = second[i];
     second[i] = 32768;
     ASSERT_EQ(Fast(first, second), Lut()) << i;
@@ -167,11 +167,11 @@ TEST_F(LutCompositionAvx2, RefusesASecondOfMoreThan15Bits) {
 
 // What the fast way refuses goes the plain one, and needs memory for it.
 TEST(LutComposition, ComposeLuts_OfExtensionBytesThatAreFull) {
-  Lut first(kValues, 1000);
-  Lut second(kValues, 65535);
+  Lut first(kLutValues, 1000);
+  Lut second(kLutValues, 65535);
   const std::unique_ptr<double[]> result(ComposeLuts(first.data(), second.data()));
   ASSERT_NE(result, nullptr);
-  EXPECT_EQ(Lut(result.get(), result.get() + kValues), second);
+  EXPECT_EQ(Lut(result.get(), result.get() + kLutValues), second);
   const testsupport::FailingNew failure(2);
   EXPECT_EQ(ComposeLuts(first.data(), second.data()), nullptr);
   EXPECT_TRUE(failure.HasFailed());

@@ -9,22 +9,22 @@
 namespace velora {
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float kEndless = std::numeric_limits<float>::infinity();
 
 const CctCurve kCurve = {
     {3000.0F, 0.5, 0.25, 0.125}, {5000.0F, 1.0, 0.5, 0.25}, {7000.0F, 0.75, 1.0, 1.0}};
 
-struct Gains {
+struct CurveGains {
   float r = -1.0F;
   float g = -1.0F;
   float b = -1.0F;
 
-  friend bool operator==(const Gains&, const Gains&) = default;
+  friend bool operator==(const CurveGains&, const CurveGains&) = default;
 };
 
-Gains At(const CctCurve& curve, float cct) {
-  Gains gains;
+CurveGains At(const CctCurve& curve, float cct) {
+  CurveGains gains;
   EXPECT_TRUE(CalcCctRgb(curve, cct, gains.r, gains.g, gains.b));
   return gains;
 }
@@ -36,13 +36,13 @@ TEST(CctCurve, Clamp) {
   EXPECT_EQ(Clamp(2.0F, 4.0F, 4.0F), 4.0F);
   EXPECT_EQ(Clamp(2.0F, 5.0F, 4.0F), 4.0F);
   EXPECT_EQ(Clamp(4.0F, 3.0F, 2.0F), 4.0F) << "the low bound is asked first";
-  EXPECT_TRUE(std::isnan(Clamp(2.0F, kNan, 4.0F)));
+  EXPECT_TRUE(std::isnan(Clamp(2.0F, kNoNumber, 4.0F)));
 }
 
 TEST(CctCurve, ClampToCurve_FirstAndLastPoint) {
   EXPECT_EQ(ClampToCurve(kCurve, -1e30F), 3000.0F);
   EXPECT_EQ(ClampToCurve(kCurve, 3000.5F), 3000.5F);
-  EXPECT_EQ(ClampToCurve(kCurve, kInfinity), 7000.0F);
+  EXPECT_EQ(ClampToCurve(kCurve, kEndless), 7000.0F);
 }
 
 TEST(CctCurve, FindNeutralCct_FirstPointWhoseGainsAreAllOne) {
@@ -57,48 +57,50 @@ TEST(CctCurve, FindNeutralCct_FractionsAreCutOff) {
 TEST(CctCurve, FindNeutralCct_None) {
   EXPECT_EQ(FindNeutralCct({}), std::nullopt);
   EXPECT_EQ(FindNeutralCct(kCurve), std::nullopt);
-  const double nan = kNan;
+  const double nan = kNoNumber;
   EXPECT_EQ(FindNeutralCct({{1.0F, nan, 1, 1}}), std::nullopt);
 }
 
 TEST(CctCurve, CalcCctRgb_EmptyCurveLeavesTheGains) {
-  Gains gains;
+  CurveGains gains;
   EXPECT_FALSE(CalcCctRgb({}, 5000.0F, gains.r, gains.g, gains.b));
-  EXPECT_EQ(gains, Gains());
+  EXPECT_EQ(gains, CurveGains());
 }
 
 TEST(CctCurve, CalcCctRgb_PointsGiveTheirOwnGains) {
-  EXPECT_EQ(At(kCurve, 3000.0F), (Gains{0.5F, 0.25F, 0.125F})) << "the first interval";
-  EXPECT_EQ(At(kCurve, 5000.0F), (Gains{1.0F, 0.5F, 0.25F}));
-  EXPECT_EQ(At(kCurve, 7000.0F), (Gains{0.75F, 1.0F, 1.0F}));
+  EXPECT_EQ(At(kCurve, 3000.0F), (CurveGains{0.5F, 0.25F, 0.125F})) << "the first interval";
+  EXPECT_EQ(At(kCurve, 5000.0F), (CurveGains{1.0F, 0.5F, 0.25F}));
+  EXPECT_EQ(At(kCurve, 7000.0F), (CurveGains{0.75F, 1.0F, 1.0F}));
 }
 
 TEST(CctCurve, CalcCctRgb_BetweenTwoPoints) {
-  EXPECT_EQ(At(kCurve, 3500.0F), (Gains{0.625F, 0.3125F, 0.15625F}));
-  EXPECT_EQ(At(kCurve, 6000.0F), (Gains{0.875F, 0.75F, 0.625F}));
+  EXPECT_EQ(At(kCurve, 3500.0F), (CurveGains{0.625F, 0.3125F, 0.15625F}));
+  EXPECT_EQ(At(kCurve, 6000.0F), (CurveGains{0.875F, 0.75F, 0.625F}));
 }
 
 TEST(CctCurve, CalcCctRgb_BeyondTheEnds) {
   EXPECT_EQ(At(kCurve, 0.0F), At(kCurve, 3000.0F));
-  EXPECT_EQ(At(kCurve, -kInfinity), At(kCurve, 3000.0F));
+  EXPECT_EQ(At(kCurve, -kEndless), At(kCurve, 3000.0F));
   EXPECT_EQ(At(kCurve, 1e9F), At(kCurve, 7000.0F));
 }
 
 // No number is in no interval: the first one is taken, and its end.
-TEST(CctCurve, CalcCctRgb_NoNumber) { EXPECT_EQ(At(kCurve, kNan), (Gains{1.0F, 0.5F, 0.25F})); }
+TEST(CctCurve, CalcCctRgb_NoNumber) {
+  EXPECT_EQ(At(kCurve, kNoNumber), (CurveGains{1.0F, 0.5F, 0.25F}));
+}
 
 // Nearer to its end than the limit, and an interval no longer than it.
 TEST(CctCurve, CalcCctRgb_NoLengthToDivideBy) {
   const CctCurve tiny = {{0.0F, 1, 1, 1}, {2e-6F, 2, 2, 2}, {1.0F, 4, 4, 4}};
-  EXPECT_EQ(At(tiny, 1.5e-6F), (Gains{2, 2, 2}));
-  EXPECT_EQ(At(tiny, 1e-6F), (Gains{2, 2, 2})) << "as near as the limit";
-  EXPECT_NE(At(tiny, 0.5e-6F), (Gains{2, 2, 2}));
+  EXPECT_EQ(At(tiny, 1.5e-6F), (CurveGains{2, 2, 2}));
+  EXPECT_EQ(At(tiny, 1e-6F), (CurveGains{2, 2, 2})) << "as near as the limit";
+  EXPECT_NE(At(tiny, 0.5e-6F), (CurveGains{2, 2, 2}));
   const CctCurve twice = {{5000.0F, 1, 1, 1}, {5000.0F, 2, 2, 2}, {6000.0F, 4, 4, 4}};
-  EXPECT_EQ(At(twice, 5000.0F), (Gains{1, 1, 1})) << "the first interval";
+  EXPECT_EQ(At(twice, 5000.0F), (CurveGains{1, 1, 1})) << "the first interval";
 }
 
 TEST(CctCurve, CalcCctRgb_OnePointGivesItsGains) {
-  EXPECT_EQ(At({{5000.0F, 0.5, 0.25, 0.125}}, 4000.0F), (Gains{0.5F, 0.25F, 0.125F}));
+  EXPECT_EQ(At({{5000.0F, 0.5, 0.25, 0.125}}, 4000.0F), (CurveGains{0.5F, 0.25F, 0.125F}));
 }
 
 // Each operation once, rounded to single precision behind it.
@@ -123,7 +125,7 @@ TEST(CctCurve, CalcCctRgb_SinglePrecisionThroughout) {
                             {8123.9F, gain(random), gain(random), gain(random)}};
     const float cct = std::uniform_real_distribution<float>(2714.0F, 8123.0F)(random);
     const unsigned i = cct > curve[1].cct ? 1 : 0;
-    const Gains gains = At(curve, cct);
+    const CurveGains gains = At(curve, cct);
     EXPECT_EQ(gains.r, PlainGain(curve[i], curve[i + 1], &CctAlgoInfo::r, cct));
     EXPECT_EQ(gains.g, PlainGain(curve[i], curve[i + 1], &CctAlgoInfo::g, cct));
     EXPECT_EQ(gains.b, PlainGain(curve[i], curve[i + 1], &CctAlgoInfo::b, cct));

@@ -13,8 +13,8 @@
 namespace velora {
 namespace {
 
-constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNoTemperature = std::numeric_limits<float>::quiet_NaN();
+constexpr float kBeyond = std::numeric_limits<float>::infinity();
 constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
 
 // The thread's work without the thread: every frame is delivered.
@@ -92,7 +92,7 @@ TEST_F(DimmingFramesTest, TargetOf_TheDarkCountsAsLowLuma) {
   EXPECT_EQ(dimming.TargetOf(6500.0F, 49.99F), 4000.0F);
   EXPECT_EQ(dimming.TargetOf(6500.0F, 50.0F), 6500.0F) << "the limit is light";
   EXPECT_EQ(dimming.TargetOf(6500.0F, -1.0F), 4000.0F);
-  EXPECT_EQ(dimming.TargetOf(6500.0F, kNan), 6500.0F) << "no number is not below";
+  EXPECT_EQ(dimming.TargetOf(6500.0F, kNoTemperature), 6500.0F) << "no number is not below";
 }
 
 TEST_F(DimmingFramesTest, IsEnableCctDimming_MoreThanTheThreshold) {
@@ -100,10 +100,10 @@ TEST_F(DimmingFramesTest, IsEnableCctDimming_MoreThanTheThreshold) {
   EXPECT_FALSE(dimming.IsEnableCctDimming(4900.0F));
   EXPECT_TRUE(dimming.IsEnableCctDimming(5100.001F));
   EXPECT_TRUE(dimming.IsEnableCctDimming(4899.999F));
-  EXPECT_FALSE(dimming.IsEnableCctDimming(kNan));
-  EXPECT_TRUE(dimming.IsEnableCctDimming(kInfinity));
-  dimming.previousAmbientCct_ = kInfinity;
-  EXPECT_FALSE(dimming.IsEnableCctDimming(kInfinity)) << "their difference is no number";
+  EXPECT_FALSE(dimming.IsEnableCctDimming(kNoTemperature));
+  EXPECT_TRUE(dimming.IsEnableCctDimming(kBeyond));
+  dimming.previousAmbientCct_ = kBeyond;
+  EXPECT_FALSE(dimming.IsEnableCctDimming(kBeyond)) << "their difference is no number";
   EXPECT_TRUE(dimming.IsEnableCctDimming(5000.0F));
 }
 
@@ -210,11 +210,12 @@ TEST_F(DimmingFramesTest, GetStepValue_WithoutFractions) {
 
 // As the processor converts them: to the lowest number.
 TEST_F(DimmingFramesTest, GetStepValue_NoNumberOrTooFar) {
-  for (const float target : {kNan, kInfinity, -kInfinity, 3e38F}) {
+  for (const float target : {kNoTemperature, kBeyond, -kBeyond, 3e38F}) {
     EXPECT_EQ(dimming.GetStepValue(target, 5000.0F), kLowest / 50);
   }
   dimming.frameCount_ = -1;
-  EXPECT_EQ(dimming.GetStepValue(kNan, 5000.0F), kLowest) << "its quotient does not exist";
+  EXPECT_EQ(dimming.GetStepValue(kNoTemperature, 5000.0F), kLowest)
+      << "its quotient does not exist";
 }
 
 TEST_F(DimmingFramesTest, GetStepValue_SwitchMovesTheIndex) {

@@ -11,7 +11,7 @@ using testsupport::Line;
 using testsupport::LogCapture;
 using Lines = std::vector<Line>;
 
-constexpr int kError = 3;
+constexpr int kBaseError = 3;
 
 // Opens what only the versions see, and records what the base forwards.
 class OpenHeader : public BiosHeaderBase {
@@ -42,24 +42,24 @@ TEST(BiosHeaderBase, GetVersion_OfBothVersions) {
 TEST(BiosHeaderBase, GetVersion_OfAnotherVersion) {
   const LogCapture log;
   EXPECT_EQ(BiosHeaderBase::GetVersion("tag!03"), 2);
-  EXPECT_EQ(log.Lines(), (Lines{{kError, L"invalid ver:03(BiosHeaderBase::GetVersion)"}}));
+  EXPECT_EQ(log.Lines(), (Lines{{kBaseError, L"invalid ver:03(BiosHeaderBase::GetVersion)"}}));
 }
 
 TEST(BiosHeaderBase, GetVersion_LooksAtItsTwoBytesOnly) {
   const LogCapture log;
   EXPECT_EQ(BiosHeaderBase::GetVersion("0202ab"), 2);
   EXPECT_EQ(BiosHeaderBase::GetVersion("tag!1\x30"), 2);
-  EXPECT_EQ(log.Lines(), (Lines{{kError, L"invalid ver:ab(BiosHeaderBase::GetVersion)"},
-                                {kError, L"invalid ver:10(BiosHeaderBase::GetVersion)"}}));
+  EXPECT_EQ(log.Lines(), (Lines{{kBaseError, L"invalid ver:ab(BiosHeaderBase::GetVersion)"},
+                                {kBaseError, L"invalid ver:10(BiosHeaderBase::GetVersion)"}}));
 }
 
 TEST(BiosHeaderBase, GetVersion_OfABlockWithoutOne) {
   const LogCapture log;
   EXPECT_EQ(BiosHeaderBase::GetVersion("tag!0"), 2);
-  EXPECT_EQ(log.Lines(), (Lines{{kError,
+  EXPECT_EQ(log.Lines(), (Lines{{kBaseError,
                                  L"copy data failed! offset:4, copyLen:2, buf size:5"
                                  L"(BiosHeaderBase::CopyData)"},
-                                {kError, L"invalid ver:(BiosHeaderBase::GetVersion)"}}));
+                                {kBaseError, L"invalid ver:(BiosHeaderBase::GetVersion)"}}));
 }
 
 TEST(BiosHeaderBase, HoldsNoLut) {
@@ -106,7 +106,7 @@ TEST(BiosHeaderBase, CopyData_RefusedCopyMovesTheOffset) {
   uint32_t offset = 1;
   OpenHeader::CopyData(nullptr, 3, source, offset);
   EXPECT_EQ(offset, 4u);
-  EXPECT_EQ(log.Lines(), (Lines{{kError, L"memcpy_s failed!(BiosHeaderBase::CopyData)"}}));
+  EXPECT_EQ(log.Lines(), (Lines{{kBaseError, L"memcpy_s failed!(BiosHeaderBase::CopyData)"}}));
 }
 
 TEST(BiosHeaderBase, CopyData_FromABufferUpToItsEnd) {
@@ -129,10 +129,10 @@ TEST(BiosHeaderBase, CopyData_BeyondABufferCopiesNothing) {
   OpenHeader::CopyData(target, 3, std::string("abcde"), offset);
   EXPECT_EQ(offset, 0xFFFFFFFF);
   EXPECT_EQ(std::string(target, 3), "xyz");
-  EXPECT_EQ(log.Lines(), (Lines{{kError,
+  EXPECT_EQ(log.Lines(), (Lines{{kBaseError,
                                  L"copy data failed! offset:3, copyLen:3, buf size:5"
                                  L"(BiosHeaderBase::CopyData)"},
-                                {kError,
+                                {kBaseError,
                                  L"copy data failed! offset:4294967295, copyLen:3, buf size:5"
                                  L"(BiosHeaderBase::CopyData)"}}));
 }

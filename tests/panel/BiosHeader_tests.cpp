@@ -20,7 +20,7 @@ using testsupport::Line;
 using testsupport::LogCapture;
 using Lines = std::vector<Line>;
 
-constexpr int kError = 3;
+constexpr int kHeaderError = 3;
 
 // --- What both versions do ---
 
@@ -40,16 +40,16 @@ class BlockHeader : public testing::Test {
 
 template <>
 Line BlockHeader<BiosHeaderV1>::Refusal(size_t length) {
-  return {kError, L"bufLen:" + std::to_wstring(length) +
-                      L" is invalid! minHeaderLen is:66 on V1 version"
-                      L"(BiosHeaderV1::IsBiosHeaderDataValid)"};
+  return {kHeaderError, L"bufLen:" + std::to_wstring(length) +
+                            L" is invalid! minHeaderLen is:66 on V1 version"
+                            L"(BiosHeaderV1::IsBiosHeaderDataValid)"};
 }
 
 template <>
 Line BlockHeader<BiosHeaderV2>::Refusal(size_t length) {
-  return {kError, L"bufLen:" + std::to_wstring(length) +
-                      L" is invalid! minHeaderLen is:123 on V2 version"
-                      L"(BiosHeaderV2::IsBiosHeaderDataValid)"};
+  return {kHeaderError, L"bufLen:" + std::to_wstring(length) +
+                            L" is invalid! minHeaderLen is:123 on V2 version"
+                            L"(BiosHeaderV2::IsBiosHeaderDataValid)"};
 }
 
 using Versions = testing::Types<BiosHeaderV1, BiosHeaderV2>;

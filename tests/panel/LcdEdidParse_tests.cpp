@@ -22,7 +22,7 @@ using Edid = std::array<uint8_t, 35>;
 using Wrgb = std::array<uint8_t, 10>;
 
 constexpr int kInfo = 1;
-constexpr int kError = 3;
+constexpr int kEdidError = 3;
 
 // "ABC", serial number 0A 0B CD EF, week 8 of 2024, gamma 2.2.
 Edid MakeTestEdid() {
@@ -217,7 +217,7 @@ TEST(LcdEdidParse, ParseEdidVendor_EveryGroupInEveryPlace) {
         text += static_cast<wchar_t>(group);
         text += L"(LcdEdidParse::ParseEdidVendor)";
       }
-      EXPECT_EQ(log.Lines(), (Lines{{kError, text}}));
+      EXPECT_EQ(log.Lines(), (Lines{{kEdidError, text}}));
     }
   }
 }
@@ -227,9 +227,9 @@ TEST(LcdEdidParse, ParseEdidVendor_TheLastLetterIsTestedFirst) {
   const uint8_t bytes[] = {27 << 2 | 28 >> 3, (28 & 7) << 5 | 29};
   LcdEdidParse edid;
   EXPECT_FALSE(edid.ParseEdidVendor(bytes, 2));
-  EXPECT_EQ(
-      log.Lines(),
-      (Lines{{kError, L"Vendor data out of boundary,data:\x1D(LcdEdidParse::ParseEdidVendor)"}}));
+  EXPECT_EQ(log.Lines(),
+            (Lines{{kEdidError,
+                    L"Vendor data out of boundary,data:\x1D(LcdEdidParse::ParseEdidVendor)"}}));
 }
 
 TEST(LcdEdidParse, ParseEdidVendor_OtherLengths) {
@@ -241,8 +241,8 @@ TEST(LcdEdidParse, ParseEdidVendor_OtherLengths) {
   EXPECT_EQ(edid.GetVendor(), "");
   EXPECT_EQ(
       log.Lines(),
-      (Lines{{kError, L"Vendor data length error,dataLen:1(LcdEdidParse::ParseEdidVendor)"},
-             {kError, L"Vendor data length error,dataLen:3(LcdEdidParse::ParseEdidVendor)"}}));
+      (Lines{{kEdidError, L"Vendor data length error,dataLen:1(LcdEdidParse::ParseEdidVendor)"},
+             {kEdidError, L"Vendor data length error,dataLen:3(LcdEdidParse::ParseEdidVendor)"}}));
 }
 
 TEST(LcdEdidParse, ParseEdidWrgb_OtherLengths) {
@@ -252,9 +252,10 @@ TEST(LcdEdidParse, ParseEdidWrgb_OtherLengths) {
   EXPECT_FALSE(edid.ParseEdidWrgb(bytes, 9));
   EXPECT_FALSE(edid.ParseEdidWrgb(bytes, 11));
   EXPECT_EQ(FieldsOf(edid), Fields{});
-  EXPECT_EQ(log.Lines(),
-            (Lines{{kError, L"wrgb data length error,dataLen:9(LcdEdidParse::ParseEdidWrgb)"},
-                   {kError, L"wrgb data length error,dataLen:11(LcdEdidParse::ParseEdidWrgb)"}}));
+  EXPECT_EQ(
+      log.Lines(),
+      (Lines{{kEdidError, L"wrgb data length error,dataLen:9(LcdEdidParse::ParseEdidWrgb)"},
+             {kEdidError, L"wrgb data length error,dataLen:11(LcdEdidParse::ParseEdidWrgb)"}}));
 }
 
 TEST(LcdEdidParse, ParseEdidWrgb_AllBitsSet) {

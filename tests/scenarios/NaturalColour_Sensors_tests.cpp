@@ -32,8 +32,8 @@ constexpr char kSetSink[] = "ISensor::SetEventSink";
 constexpr char kValue[] = "ISensorDataReport::GetSensorValue";
 
 const LogLine kInitialised{1, L"InitSensorData Success.(NaturalColorMsg::InitSensorData)"};
-const LogLine kConnected{1,
-                         L"StartMonitorNatureColor Success(NaturalColorMsg::ContorlNatureColor)"};
+const LogLine kSensorConnected{
+    1, L"StartMonitorNatureColor Success(NaturalColorMsg::ContorlNatureColor)"};
 const LogLine kDisconnecting{1,
                              L"StopMonitorNatureColor Sensor(NaturalColorMsg::ContorlNatureColor)"};
 
@@ -88,7 +88,7 @@ TEST_F(NaturalColourSensors, StartSetsTheSinkOfEachSensor) {
             (std::vector<LogLine>{
                 {1, L"InitNaturalColorMsg monitorType=0(NaturalColorMsg::InitNaturalColorMsg)"},
                 kInitialised,
-                kConnected}));
+                kSensorConnected}));
   EXPECT_THAT(
       CallsOf(notebook, {"CoInitializeEx", kManager, kCollection, kCount, kSensor, kSetSink}),
       ElementsAre("CoInitializeEx", kManager, kCollection, kCount, kSensor, kSetSink, kSensor,
@@ -203,14 +203,14 @@ TEST_F(NaturalColourSensors, OtherSuccessesAreNoFailures) {
   notebook.FailCall(kSetSink, 1, S_FALSE);
   StartWithSensors(2);
   EXPECT_EQ(Sinks(), "-x");
-  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kConnected}));
+  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kSensorConnected}));
 }
 
 TEST_F(NaturalColourSensors, ACountThatCantBeHadIsNone) {
   notebook.FailCall(kCount, 1, Failure(E_FAIL));
   StartWithSensors(2);
   EXPECT_EQ(Sinks(), "--");
-  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kConnected}));
+  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kSensorConnected}));
   EXPECT_EQ(notebook.CountCalls(kSensor), 0U);
 }
 
@@ -244,7 +244,7 @@ TEST_F(NaturalColourSensors, ExceptionsWhileConnectingAreFollowedByTheSuccessLin
     EXPECT_EQ(ControlLog(),
               (std::vector<LogLine>{
                   {3, L"StartMonitorNatureColor Exception.(NaturalColorMsg::ContorlNatureColor)"},
-                  kConnected}));
+                  kSensorConnected}));
     EXPECT_EQ(Sinks(), "--");
     Stop();
   }
@@ -283,7 +283,7 @@ TEST_F(NaturalColourSensors, ACountThatCantBeHadLeavesTheSinks) {
   SwitchOff();
   Ring();
   EXPECT_EQ(Sinks(), "xx");
-  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kConnected, kDisconnecting}));
+  EXPECT_EQ(ControlLog(), (std::vector<LogLine>{kSensorConnected, kDisconnecting}));
 }
 
 TEST_F(NaturalColourSensors, TheStopGoesOnBehindAFailure) {

@@ -26,10 +26,10 @@ using virtualnotebook::LogLine;
 constexpr wchar_t kEventName[] = L"Global\\FEATURE_TYPE_NATURAL_COLOR_EVENT_OBJECT";
 constexpr int kEbookMode = 7;
 
-const LogLine kConnected{1,
-                         L"StartMonitorNatureColor Success(NaturalColorMsg::ContorlNatureColor)"};
-const LogLine kDisconnecting{1,
-                             L"StopMonitorNatureColor Sensor(NaturalColorMsg::ContorlNatureColor)"};
+const LogLine kNowConnected{
+    1, L"StartMonitorNatureColor Success(NaturalColorMsg::ContorlNatureColor)"};
+const LogLine kNowDisconnecting{
+    1, L"StopMonitorNatureColor Sensor(NaturalColorMsg::ContorlNatureColor)"};
 const LogLine kExit{1, L"GetConfigLoop Exit(NaturalColorMsg::GetConfigLoop)"};
 const LogLine kExit2{1, L"GetConfigLoop Exit2(NaturalColorMsg::GetConfigLoop)"};
 
@@ -113,17 +113,17 @@ class NaturalColourSettings : public NaturalColourTest {
 TEST_F(NaturalColourSettings, AChangeInAllItsSteps) {
   SwitchOff();
   Start();
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kDisconnecting,
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kNowDisconnecting,
                                              SyncLine(0), ConfigLine(0)}));
   SwitchOn();
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kConnected, SyncLine(1),
-                                             ConfigLine(1)}));
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kNowConnected,
+                                             SyncLine(1), ConfigLine(1)}));
   EXPECT_TRUE(WaitUntil([&] { return SensorColor() == 5000; })) << "not at the room's yet";
   SetMode(2);
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(1), kConnected, SyncLine(1),
-                                             ConfigLine(1)}));
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(1), kNowConnected,
+                                             SyncLine(1), ConfigLine(1)}));
   SwitchOff();
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(2), StatusLine(1), kDisconnecting,
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(2), StatusLine(1), kNowDisconnecting,
                                              SyncLine(0), ConfigLine(0)}));
   EXPECT_TRUE(WaitUntil([&] { return SensorColor() == 6500; })) << "the neutral point";
 }
@@ -131,8 +131,8 @@ TEST_F(NaturalColourSettings, AChangeInAllItsSteps) {
 TEST_F(NaturalColourSettings, AnyNumberButZeroIsOn) {
   Start();
   EXPECT_EQ(library.SetNatureColorStatus(2), ResultOk);
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kConnected, SyncLine(2),
-                                             ConfigLine(2)}));
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(-1), StatusLine(0), kNowConnected,
+                                             SyncLine(2), ConfigLine(2)}));
   EXPECT_NE(notebook.LightSensorSink(), nullptr);
 }
 
@@ -141,13 +141,13 @@ TEST_F(NaturalColourSettings, TheEbookModeForcesItOff) {
   Start();
   SetMode(kEbookMode);
   EXPECT_EQ(RingLog(),
-            (std::vector<LogLine>{ModeLine(-1), kDisconnecting, SyncLine(0), ConfigLine(0)}))
+            (std::vector<LogLine>{ModeLine(-1), kNowDisconnecting, SyncLine(0), ConfigLine(0)}))
       << "without asking for the setting";
   EXPECT_EQ(notebook.LightSensorSink(), nullptr);
   EXPECT_TRUE(WaitUntil([&] { return SensorColor() == 6500; }));
   EXPECT_EQ(library.GetNatureColorStatus(0), 1) << "the setting stays";
   SetMode(P3Mode);
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(kEbookMode), StatusLine(0), kConnected,
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(kEbookMode), StatusLine(0), kNowConnected,
                                              SyncLine(1), ConfigLine(1)}));
   EXPECT_NE(notebook.LightSensorSink(), nullptr);
 }
@@ -181,12 +181,12 @@ TEST_F(NaturalColourSettings, WhatIsNoLongerStoredStaysAsItWas) {
   SetMode(kEbookMode);
   Start();
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Norvex\\Velora\\ColorField");
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(kEbookMode), kDisconnecting, SyncLine(0),
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(kEbookMode), kNowDisconnecting, SyncLine(0),
                                              ConfigLine(0)}));
   SetMode(P3Mode);
   Ring();
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Norvex\\Velora\\NaturalColor");
-  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(P3Mode), StatusLine(1), kConnected,
+  EXPECT_EQ(RingLog(), (std::vector<LogLine>{ModeLine(P3Mode), StatusLine(1), kNowConnected,
                                              SyncLine(1), ConfigLine(1)}));
 }
 

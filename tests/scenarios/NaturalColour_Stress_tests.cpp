@@ -36,7 +36,7 @@ using testsupport::What;
 using virtualnotebook::Call;
 using virtualnotebook::Notebook;
 
-constexpr float kBright = 300;  // lux
+constexpr float kBrightRoom = 300;  // lux
 constexpr int32_t kByPlatform = 1;
 constexpr int32_t kByHelper = 0;
 
@@ -206,7 +206,7 @@ class NaturalColourStress : public NaturalColourTest {
 
   void ReportAnything(std::minstd_rand& random) {
     const auto kelvin = static_cast<float>(2500 + 50 * (random() % 140));
-    notebook.ReportLight(Reading(kelvin, random() % 8 == 0 ? 10 : kBright));
+    notebook.ReportLight(Reading(kelvin, random() % 8 == 0 ? 10 : kBrightRoom));
   }
 
   void FireAnything(std::minstd_rand& random) {
@@ -307,12 +307,12 @@ TEST_F(NaturalColourStress, EverythingAtOnce) {
   dataIn.monitorType = 0;
   dataIn.executionType = kByHelper;
   Start();
-  notebook.ReportLight(Reading(2000, kBright));
+  notebook.ReportLight(Reading(2000, kBrightRoom));
   EXPECT_TRUE(testsupport::WaitUntil([] { return SensorColor() == 3000; }));
   Stop();
   dataIn.executionType = kByPlatform;
   Start();
-  notebook.ReportLight(Reading(8000, kBright));
+  notebook.ReportLight(Reading(8000, kBrightRoom));
   EXPECT_TRUE(testsupport::WaitUntil([] { return SensorColor() == 8000; }));
   Stop();
 
@@ -356,7 +356,7 @@ class NaturalColourIdle : public NaturalColourTest {
   void Dim() {
     SwitchOn();
     Start();
-    ASSERT_EQ(notebook.ReportLight(Reading(7000, kBright)), S_OK);
+    ASSERT_EQ(notebook.ReportLight(Reading(7000, kBrightRoom)), S_OK);
     ASSERT_TRUE(testsupport::WaitUntil([this] { return CountLogged(L"frameIndex_ = ") == 5; }));
     SleepEx(kSettle, FALSE);
   }
@@ -415,7 +415,7 @@ TEST_F(NaturalColourIdle, OneLookAtTheServiceEachTwoSeconds) {
   notebook.services[L"Winmgmt"] = SERVICE_STOPPED;
   SwitchOn();
   Start();
-  ASSERT_EQ(notebook.ReportLight(Reading(7000, kBright)), S_OK);
+  ASSERT_EQ(notebook.ReportLight(Reading(7000, kBrightRoom)), S_OK);
   ASSERT_TRUE(testsupport::WaitUntil([this] { return CountLogged(L"frameIndex_ = ") == 1; }));
   SleepEx(kSettle, FALSE);
   EXPECT_EQ(TimesOfThreads().size(), threadsBefore_ + 3);

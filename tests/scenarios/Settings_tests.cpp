@@ -18,12 +18,12 @@ using testsupport::ReadKey;
 using testsupport::RegistryValues;
 using testsupport::TextValue;
 
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
+const std::wstring kSettingsTestKey = L"SOFTWARE\\Norvex\\Velora";
 
 class Settings : public testing::Test {
  protected:
   RegistryValues Stored(const std::wstring& feature) const {
-    return ReadKey(HKEY_LOCAL_MACHINE, kTestKey + L"\\" + feature);
+    return ReadKey(HKEY_LOCAL_MACHINE, kSettingsTestKey + L"\\" + feature);
   }
   // The first line since the last one that was asked for.
   std::wstring EntryLine() {
@@ -35,8 +35,8 @@ class Settings : public testing::Test {
     return line;
   }
 
-  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kTestKey};
-  const testsupport::ScopedKey user{HKEY_CURRENT_USER, kTestKey};
+  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kSettingsTestKey};
+  const testsupport::ScopedKey user{HKEY_CURRENT_USER, kSettingsTestKey};
   const testsupport::IniFile ini;
   HostedLibrary library;
 };
@@ -142,16 +142,17 @@ TEST_F(Settings, ColorField) {
 TEST_F(Settings, EachClassIsConstructedOnFirstUse) {
   library.GetColorFieldSetType(4);
   library.GetColorFieldSetType(4);
-  EXPECT_TRUE(LogIs(library.notebook,
-                    {{1, L"defaultType:4(GetColorFieldSetType)"},
-                     {1, L"FeatureType 3 is single user!(MultiUserReg::MultiUserReg)"},
-                     {1, L"reg path:" + kTestKey + L"\\ColorField(MultiUserReg::MultiUserReg)"},
-                     {1, L"defaultType:4(GetColorFieldSetType)"}}));
+  EXPECT_TRUE(
+      LogIs(library.notebook,
+            {{1, L"defaultType:4(GetColorFieldSetType)"},
+             {1, L"FeatureType 3 is single user!(MultiUserReg::MultiUserReg)"},
+             {1, L"reg path:" + kSettingsTestKey + L"\\ColorField(MultiUserReg::MultiUserReg)"},
+             {1, L"defaultType:4(GetColorFieldSetType)"}}));
 }
 
 // Only the white point follows the user: the others stay where they were constructed.
 TEST_F(Settings, SwitchUserLeavesTheOthers) {
-  testsupport::WriteValue(HKEY_LOCAL_MACHINE, kTestKey + L"\\FeatureInfo\\MultiUser",
+  testsupport::WriteValue(HKEY_LOCAL_MACHINE, kSettingsTestKey + L"\\FeatureInfo\\MultiUser",
                           L"NaturalColor", DwordValue(1));
   library.notebook.administrator = true;
   library.notebook.userSid = testsupport::CurrentUserSid();
@@ -159,7 +160,7 @@ TEST_F(Settings, SwitchUserLeavesTheOthers) {
   library.notebook.userSid = L"S-1-5-21-1-2-3-1001";
   library.SwitchUser();
   EXPECT_EQ(library.GetNatureColorStatus(0), 5);
-  EXPECT_EQ(ReadKey(HKEY_CURRENT_USER, kTestKey + L"\\NaturalColor"),
+  EXPECT_EQ(ReadKey(HKEY_CURRENT_USER, kSettingsTestKey + L"\\NaturalColor"),
             (RegistryValues{{L"IsEnable", DwordValue(5)}}));
 }
 
@@ -208,7 +209,8 @@ TEST_F(Settings, Set3DColorTemperature_StoresAheadOfThePlatform) {
   EXPECT_TRUE(LogIs(
       library.notebook,
       {{1, L"colorInfo:r:0.5, g:0.5, b:0.5, colorBlue:0, protectValue:0(Set3DColorTemperature)"},
-       {3, L"RegCreateKeyEx:" + kTestKey + L"\\Printer failed!(RegisterHelper::RegWriteValue)"}}));
+       {3, L"RegCreateKeyEx:" + kSettingsTestKey +
+               L"\\Printer failed!(RegisterHelper::RegWriteValue)"}}));
 }
 
 TEST_F(Settings, Set2DColorTemperature) {

@@ -15,14 +15,14 @@ using testsupport::LogIs;
 using testsupport::ReadKey;
 using testsupport::RegistryValues;
 
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
-const std::wstring kWhitePoint = kTestKey + L"\\WhitePoint";
+const std::wstring kSwitchTestKey = L"SOFTWARE\\Norvex\\Velora";
+const std::wstring kWhitePoint = kSwitchTestKey + L"\\WhitePoint";
 const std::wstring kIsEnable = L"IsEnable";
 
 class SwitchUserTest : public testing::Test {
  protected:
   void MakeMultiUser() {
-    testsupport::WriteValue(HKEY_LOCAL_MACHINE, kTestKey + L"\\FeatureInfo\\MultiUser",
+    testsupport::WriteValue(HKEY_LOCAL_MACHINE, kSwitchTestKey + L"\\FeatureInfo\\MultiUser",
                             L"WhitePoint", DwordValue(1));
   }
   void BeService() {
@@ -31,8 +31,8 @@ class SwitchUserTest : public testing::Test {
   }
 
   const std::wstring sid = testsupport::CurrentUserSid();
-  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kTestKey};
-  const testsupport::ScopedKey user{HKEY_CURRENT_USER, kTestKey};
+  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kSwitchTestKey};
+  const testsupport::ScopedKey user{HKEY_CURRENT_USER, kSwitchTestKey};
   HostedLibrary library;
 };
 

@@ -20,7 +20,7 @@ using testsupport::RegistryValues;
 using testsupport::TextValue;
 
 const HKEY kRoot = HKEY_LOCAL_MACHINE;
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
+const std::wstring kDesignTestKey = L"SOFTWARE\\Norvex\\Velora";
 const std::wstring kModes = L"SOFTWARE\\Norvex\\Velora\\ColorField\\UserDesign";
 const std::wstring kTunings = L"SOFTWARE\\Norvex\\Velora\\ColorField\\WhitePointFineTue";
 
@@ -39,7 +39,7 @@ std::wstring Shown(const void* pointer) {
 
 class UserDesignScenario : public testing::Test {
  protected:
-  const testsupport::ScopedKey key{kRoot, kTestKey};
+  const testsupport::ScopedKey key{kRoot, kDesignTestKey};
   virtualnotebook::HostedLibrary library;
   virtualnotebook::Notebook& notebook = library.notebook;
 };
@@ -111,7 +111,7 @@ TEST_F(UserDesignScenario, EditUserSerialNumReg) {
              {3,
               L"Edit user design serial num failed, id is "
               L"empty(UserDesignReg::EditUserSerialNumReg)"});
-  EXPECT_FALSE(KeyExists(kRoot, kTestKey));
+  EXPECT_FALSE(KeyExists(kRoot, kDesignTestKey));
   notebook.ForgetRecords();
   std::memset(info.id, 'i', sizeof info.id);  // without a terminator
   std::memset(info.modeName, 'm', sizeof info.modeName);

@@ -25,8 +25,9 @@ const std::wstring kMultiUser = kInfo + L"\\MultiUser";
 const std::wstring kLcdCheck = kInfo + L"\\LcdCheck";
 const std::wstring kFirstUse = kInfo + L"\\FirstUse";
 
-const wchar_t* const kNames[] = {L"WhitePoint",   L"EyeProtect", L"Temperature", L"ColorField",
-                                 L"NaturalColor", L"DpInOut",    L"Esd"};
+const wchar_t* const kFeatureNames[] = {L"WhitePoint", L"EyeProtect",   L"Temperature",
+                                        L"ColorField", L"NaturalColor", L"DpInOut",
+                                        L"Esd"};
 
 // Lays bare what readers and writers have in common.
 class Flags : public FeatureManager {
@@ -72,7 +73,7 @@ TEST_F(FeatureManagerTest, EachFlagOfEachFeature) {
   for (int stored = 0; stored < 7; ++stored) {
     for (const auto& [storedKey, storedReader] : readers) {
       const testsupport::ScopedKey key(HKEY_LOCAL_MACHINE, kTestKey);
-      Store(storedKey, kNames[stored], 1);
+      Store(storedKey, kFeatureNames[stored], 1);
       FeatureManager manager;
       for (int type = 0; type < 9; ++type) {
         for (const auto& [flagKey, reader] : readers) {
@@ -81,7 +82,7 @@ TEST_F(FeatureManagerTest, EachFlagOfEachFeature) {
       }
     }
     const testsupport::ScopedKey key(HKEY_LOCAL_MACHINE, kTestKey);
-    Store(kFirstUse, kNames[stored], 0);
+    Store(kFirstUse, kFeatureNames[stored], 0);
     FeatureManager manager;
     for (int type = 0; type < 7; ++type) {
       EXPECT_EQ(manager.IsFirstUse(type), type == stored ? 0 : 1);

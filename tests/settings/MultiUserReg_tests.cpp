@@ -11,8 +11,8 @@
 namespace velora {
 namespace {
 
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
-const std::wstring kWhitePointKey = kTestKey + L"\\WhitePoint";
+const std::wstring kSwitchTestKey = L"SOFTWARE\\Norvex\\Velora";
+const std::wstring kWhitePointKey = kSwitchTestKey + L"\\WhitePoint";
 const std::wstring kSid = L"S-1-5-21-7-8-9-1001";
 
 class Settings : public MultiUserReg {
@@ -37,7 +37,7 @@ class MultiUserRegTest : public testsupport::NotebookTest {
     EXPECT_EQ(settings.regPath_, path);
   }
 
-  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kTestKey};
+  const testsupport::ScopedKey machine{HKEY_LOCAL_MACHINE, kSwitchTestKey};
 };
 
 TEST_F(MultiUserRegTest, SingleUser_EachFeatureHasItsKey) {
@@ -53,12 +53,13 @@ TEST_F(MultiUserRegTest, SingleUser_EachFeatureHasItsKey) {
   for (int type = 0; type < 9; ++type) {
     notebook.ForgetRecords();
     const Settings settings(type);
-    ExpectHome(settings, HKEY_LOCAL_MACHINE, kTestKey + L"\\" + keys[type]);
+    ExpectHome(settings, HKEY_LOCAL_MACHINE, kSwitchTestKey + L"\\" + keys[type]);
     EXPECT_FALSE(settings.isMultiUser_);
     EXPECT_FALSE(settings.isAdmin_);
-    EXPECT_LOG({1, L"FeatureType " + std::to_wstring(type) +
-                       L" is single user!(MultiUserReg::MultiUserReg)"},
-               {1, L"reg path:" + kTestKey + L"\\" + keys[type] + L"(MultiUserReg::MultiUserReg)"});
+    EXPECT_LOG(
+        {1,
+         L"FeatureType " + std::to_wstring(type) + L" is single user!(MultiUserReg::MultiUserReg)"},
+        {1, L"reg path:" + kSwitchTestKey + L"\\" + keys[type] + L"(MultiUserReg::MultiUserReg)"});
   }
 }
 

@@ -27,7 +27,7 @@ using testsupport::RegistryValues;
 using testsupport::TextValue;
 
 const HKEY kRoot = HKEY_LOCAL_MACHINE;
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
+const std::wstring kHelperTestKey = L"SOFTWARE\\Norvex\\Velora";
 const std::wstring kKey = L"SOFTWARE\\Norvex\\Velora\\RegisterHelper";
 const std::wstring kItem = L"Item";
 
@@ -48,7 +48,7 @@ class RegisterHelperTest : public testsupport::NotebookTest {
               notebook.CountCalls("RegCloseKey"));
   }
 
-  const testsupport::ScopedKey key{kRoot, kTestKey};
+  const testsupport::ScopedKey key{kRoot, kHelperTestKey};
   RegisterHelper helper;
 };
 
@@ -397,21 +397,21 @@ TEST_F(RegisterHelperTest, Double_TheLargestCannotBeReadBack) {
 
 TEST_F(RegisterHelperTest, RegDeleteKeyW_DeletesTheKeyWithItsValues) {
   Store(DwordValue(1));
-  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kTestKey, L"RegisterHelper"), ResultOk);
+  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kHelperTestKey, L"RegisterHelper"), ResultOk);
   EXPECT_FALSE(KeyExists(kRoot, kKey));
-  EXPECT_TRUE(KeyExists(kRoot, kTestKey));
+  EXPECT_TRUE(KeyExists(kRoot, kHelperTestKey));
   EXPECT_LOG();
   ExpectKeysClosed();
 }
 
 TEST_F(RegisterHelperTest, RegDeleteKeyW_WithoutParent) {
-  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kTestKey, L"RegisterHelper"), ResultKeyNotFound);
-  EXPECT_LOG({3, L"Open key:" + kTestKey + L" not exists!(RegisterHelper::RegDeleteKeyW)"});
+  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kHelperTestKey, L"RegisterHelper"), ResultKeyNotFound);
+  EXPECT_LOG({3, L"Open key:" + kHelperTestKey + L" not exists!(RegisterHelper::RegDeleteKeyW)"});
 }
 
 TEST_F(RegisterHelperTest, RegDeleteKeyW_WithoutKey) {
-  testsupport::MakeKey(kRoot, kTestKey);
-  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kTestKey, L"RegisterHelper"), ResultFailed);
+  testsupport::MakeKey(kRoot, kHelperTestKey);
+  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kHelperTestKey, L"RegisterHelper"), ResultFailed);
   EXPECT_LOG();
   ExpectKeysClosed();
 }
@@ -419,7 +419,7 @@ TEST_F(RegisterHelperTest, RegDeleteKeyW_WithoutKey) {
 TEST_F(RegisterHelperTest, RegDeleteKeyW_AKeyWithSubKeysStays) {
   Store(DwordValue(1));
   testsupport::MakeKey(kRoot, kKey + L"\\Sub");
-  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kTestKey, L"RegisterHelper"), ResultFailed);
+  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kHelperTestKey, L"RegisterHelper"), ResultFailed);
   EXPECT_TRUE(KeyExists(kRoot, kKey + L"\\Sub"));
   EXPECT_EQ(Stored(), (RegistryValues{{kItem, DwordValue(1)}}));
   EXPECT_LOG();
@@ -429,7 +429,7 @@ TEST_F(RegisterHelperTest, RegDeleteKeyW_AKeyWithSubKeysStays) {
 TEST_F(RegisterHelperTest, RegDeleteKeyW_RefusedBySystem) {
   Store(DwordValue(1));
   notebook.FailCall("RegDeleteKeyW", 1, ERROR_ACCESS_DENIED);
-  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kTestKey, L"RegisterHelper"), ResultFailed);
+  EXPECT_EQ(helper.RegDeleteKeyW(kRoot, kHelperTestKey, L"RegisterHelper"), ResultFailed);
   EXPECT_TRUE(KeyExists(kRoot, kKey));
 }
 

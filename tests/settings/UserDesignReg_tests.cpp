@@ -24,8 +24,8 @@ using testsupport::ReadKey;
 using testsupport::RegistryValues;
 using testsupport::TextValue;
 
-const HKEY kRoot = HKEY_LOCAL_MACHINE;
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
+const HKEY kDesignRoot = HKEY_LOCAL_MACHINE;
+const std::wstring kDesignTestKey = L"SOFTWARE\\Norvex\\Velora";
 const std::wstring kModes = L"SOFTWARE\\Norvex\\Velora\\ColorField\\UserDesign";
 const std::wstring kTunings =
     L"SOFTWARE\\Norvex\\Velora\\ColorField\\WhitePointFineTue\\UserDesignMode";
@@ -34,8 +34,8 @@ constexpr wchar_t kAdd[] = L"(UserDesignReg::AddUserDesignReg)";
 constexpr wchar_t kEdit[] = L"(UserDesignReg::EditUserDesignReg)";
 constexpr wchar_t kEditSerial[] = L"(UserDesignReg::EditUserSerialNumReg)";
 constexpr wchar_t kDelete[] = L"(UserDesignReg::DeleteUserDesignReg)";
-constexpr wchar_t kRead[] = L"(RegisterHelper::RegReadValue)";
-constexpr wchar_t kWrite[] = L"(RegisterHelper::RegWriteValue)";
+constexpr wchar_t kDesignRead[] = L"(RegisterHelper::RegReadValue)";
+constexpr wchar_t kDesignWrite[] = L"(RegisterHelper::RegWriteValue)";
 constexpr wchar_t kMove[] = L"(WhitePointFineTueReg::EditUsrModeWhitePointId)";
 
 // The order in which a mode's values are written.
@@ -118,9 +118,13 @@ class UserDesignRegTest : public testsupport::NotebookTest {
  protected:
   UserDesignRegTest() { notebook.ForgetRecords(); }
 
-  RegistryValues ReadMode(const std::wstring& id) { return ReadKey(kRoot, kModes + L"\\" + id); }
-  bool ModeExists(const std::wstring& id) { return KeyExists(kRoot, kModes + L"\\" + id); }
-  bool TuningExists(const std::wstring& id) { return KeyExists(kRoot, kTunings + L"\\" + id); }
+  RegistryValues ReadMode(const std::wstring& id) {
+    return ReadKey(kDesignRoot, kModes + L"\\" + id);
+  }
+  bool ModeExists(const std::wstring& id) { return KeyExists(kDesignRoot, kModes + L"\\" + id); }
+  bool TuningExists(const std::wstring& id) {
+    return KeyExists(kDesignRoot, kTunings + L"\\" + id);
+  }
 
   void Add(const std::string& id) {
     const UserDesignInfo info = Design(id);
@@ -147,7 +151,7 @@ class UserDesignRegTest : public testsupport::NotebookTest {
     return names;
   }
 
-  const testsupport::ScopedKey key{kRoot, kTestKey};
+  const testsupport::ScopedKey key{kDesignRoot, kDesignTestKey};
   UserDesignReg store;
 };
 
@@ -175,7 +179,7 @@ TEST_F(UserDesignRegTest, AddUserDesignReg_Writes17ValuesInOrder) {
 
 TEST_F(UserDesignRegTest, AddUserDesignReg_OverwritesAModeOfTheSameId) {
   Add("Mine");
-  testsupport::WriteValue(kRoot, kModes + L"\\Mine", L"HostsOwn", DwordValue(1));
+  testsupport::WriteValue(kDesignRoot, kModes + L"\\Mine", L"HostsOwn", DwordValue(1));
   UserDesignInfo info = Design("Mine");
   info.gamut = 9;
   EXPECT_EQ(store.AddUserDesignReg(&info), ResultOk);
@@ -229,7 +233,7 @@ TEST_F(UserDesignRegTest, AddUserDesignReg_IdsThatAKeyCannotHold) {
   Add("a\\b");
   EXPECT_EQ(ReadMode(L"a\\b"), Stored(L"a\\b"));
   Add("");
-  EXPECT_EQ(ReadKey(kRoot, kModes), Stored(L"")) << "the values stand beside the modes";
+  EXPECT_EQ(ReadKey(kDesignRoot, kModes), Stored(L"")) << "the values stand beside the modes";
 }
 
 TEST_F(UserDesignRegTest, AddUserDesignReg_TextsOfTheSystemCodePage) {
@@ -251,13 +255,13 @@ TEST_F(UserDesignRegTest, AddUserDesignReg_EachWriteFails) {
   for (unsigned n = 1; n <= kOrder.size(); ++n) {
     const std::wstring& name = kOrder[n - 1];
     SCOPED_TRACE(testsupport::Utf8(name));
-    RegDeleteTreeW(kRoot, kTestKey.c_str());
+    RegDeleteTreeW(kDesignRoot, kDesignTestKey.c_str());
     notebook.ForgetRecords();
     notebook.FailCall("RegSetValueExW", n, ERROR_ACCESS_DENIED);
     const UserDesignInfo info = Design("Mine");
     EXPECT_EQ(store.AddUserDesignReg(&info), ResultFailed);
     EXPECT_LOG({3, L"Write key:" + kModes + L"\\Mine, itemName:" + name + L", value:" +
-                       shown[n - 1] + L" failed!" + kWrite},
+                       shown[n - 1] + L" failed!" + kDesignWrite},
                {3, L"Add user design reg data failed, id: Mine" + std::wstring(kAdd)});
     EXPECT_EQ(ReadMode(L"Mine"), stored) << "nothing is taken back";
     stored.insert(*all.find(name));
@@ -269,7 +273,7 @@ TEST_F(UserDesignRegTest, AddUserDesignReg_WithoutRights) {
   notebook.FailCall("RegCreateKeyExW", 0, ERROR_ACCESS_DENIED);
   const UserDesignInfo info = Design("Mine");
   EXPECT_EQ(store.AddUserDesignReg(&info), ResultFailed);
-  EXPECT_LOG({3, L"RegCreateKeyEx:" + kModes + L"\\Mine failed!" + kWrite},
+  EXPECT_LOG({3, L"RegCreateKeyEx:" + kModes + L"\\Mine failed!" + kDesignWrite},
              {3, L"Add user design reg data failed, id: Mine" + std::wstring(kAdd)});
 }
 
@@ -285,8 +289,8 @@ TEST_F(UserDesignRegTest, AddUserDesignReg_NegativeNumbers) {
        {std::pair(2U, L"Mode"), {3U, L"Gammut"}, {7U, L"WhitePointMode"}, {8U, L"GammaMode"}}) {
     notebook.FailCall("RegSetValueExW", n, ERROR_ACCESS_DENIED);
     store.AddUserDesignReg(&info);
-    EXPECT_LOGGED(
-        3, L"Write key:" + kModes + L"\\Mine, itemName:" + name + L", value:-2 failed!" + kWrite);
+    EXPECT_LOGGED(3, L"Write key:" + kModes + L"\\Mine, itemName:" + name + L", value:-2 failed!" +
+                         kDesignWrite);
     notebook.ClearFaults();
   }
 }
@@ -314,8 +318,8 @@ TEST_F(UserDesignRegTest, EditUserDesignReg_RenamesAMode) {
   EXPECT_FALSE(ModeExists(L"old"));
   EXPECT_EQ(ReadMode(L"new"), Stored(L"new"));
   EXPECT_FALSE(TuningExists(L"old"));
-  EXPECT_EQ(ReadKey(kRoot, kTunings + L"\\new")[L"R"], TextValue(L"0.500000"));
-  EXPECT_EQ(ReadKey(kRoot, kTunings + L"\\new")[L"Id"], TextValue(L"new"));
+  EXPECT_EQ(ReadKey(kDesignRoot, kTunings + L"\\new")[L"R"], TextValue(L"0.500000"));
+  EXPECT_EQ(ReadKey(kDesignRoot, kTunings + L"\\new")[L"Id"], TextValue(L"new"));
   EXPECT_LOG({1, L"Id have changed, need delete old reg value" + std::wstring(kEdit)});
 }
 
@@ -353,7 +357,7 @@ TEST_F(UserDesignRegTest, EditUserDesignReg_WhereThereIsNoOldKey) {
 
 TEST_F(UserDesignRegTest, EditUserDesignReg_OldKeyThatCannotBeDeleted) {
   Add("old");
-  testsupport::MakeKey(kRoot, kModes + L"\\old\\sub");
+  testsupport::MakeKey(kDesignRoot, kModes + L"\\old\\sub");
   const UserDesignInfo info = Design("new");
   EXPECT_EQ(store.EditUserDesignReg(&info, "old"), ResultOk);
   EXPECT_TRUE(ModeExists(L"old"));
@@ -368,7 +372,7 @@ TEST_F(UserDesignRegTest, EditUserDesignReg_FailedWriteLosesTheOldKeyAndKeepsThe
   const UserDesignInfo info = Design("new");
   EXPECT_EQ(store.EditUserDesignReg(&info, "old"), ResultFailed);
   EXPECT_LOG({1, L"Id have changed, need delete old reg value" + std::wstring(kEdit)},
-             {3, L"Write key:" + kModes + L"\\new, itemName:Mode, value:11 failed!" + kWrite},
+             {3, L"Write key:" + kModes + L"\\new, itemName:Mode, value:11 failed!" + kDesignWrite},
              {3, L"Edit user design reg data failed, id: new" + std::wstring(kEdit)});
   EXPECT_FALSE(ModeExists(L"old"));
   EXPECT_EQ(ReadMode(L"new"), (RegistryValues{{L"SerialNum", TextValue(L"3.123457")}}));
@@ -405,14 +409,14 @@ TEST_F(UserDesignRegTest, EditUserSerialNumReg_EmptyId) {
   const UserDesignInfo info = Design("");
   EXPECT_EQ(store.EditUserSerialNumReg(&info), ResultFailed);
   EXPECT_LOG({3, L"Edit user design serial num failed, id is empty" + std::wstring(kEditSerial)});
-  EXPECT_FALSE(KeyExists(kRoot, kTestKey));
+  EXPECT_FALSE(KeyExists(kDesignRoot, kDesignTestKey));
 }
 
 TEST_F(UserDesignRegTest, EditUserSerialNumReg_FailedWrite) {
   notebook.FailCall("RegCreateKeyExW", 1, ERROR_ACCESS_DENIED);
   const UserDesignInfo info = Design("Mine");
   EXPECT_EQ(store.EditUserSerialNumReg(&info), ResultFailed);
-  EXPECT_LOG({3, L"RegCreateKeyEx:" + kModes + L"\\Mine failed!" + kWrite},
+  EXPECT_LOG({3, L"RegCreateKeyEx:" + kModes + L"\\Mine failed!" + kDesignWrite},
              {3, L"Edit user design serial num failed, id: Mine" + std::wstring(kEditSerial)});
 }
 
@@ -449,7 +453,7 @@ TEST_F(UserDesignRegTest, DeleteUserDesignReg_WithoutAKey) {
 TEST_F(UserDesignRegTest, DeleteUserDesignReg_OfAKeyWithSubKeys) {
   Add("Mine");
   Tune("Mine");
-  testsupport::MakeKey(kRoot, kModes + L"\\Mine\\sub");
+  testsupport::MakeKey(kDesignRoot, kModes + L"\\Mine\\sub");
   const UserDesignInfo info = Design("Mine");
   EXPECT_EQ(store.DeleteUserDesignReg(&info), ResultFailed);
   EXPECT_LOG({3, L"RegDeleteKey Error, path" + kModes + L"\\Mine" + kDelete});
@@ -518,7 +522,8 @@ TEST_F(UserDesignRegTest, GetUserRegHkey) {
 
 TEST_F(UserDesignRegTest, SetCurrentUsrMode) {
   EXPECT_EQ(store.SetCurrentUsrMode("Mine%7"), ResultOk);
-  EXPECT_EQ(ReadKey(kRoot, kModes), (RegistryValues{{L"CurrentUsrMode", TextValue(L"Mine%7")}}));
+  EXPECT_EQ(ReadKey(kDesignRoot, kModes),
+            (RegistryValues{{L"CurrentUsrMode", TextValue(L"Mine%7")}}));
   EXPECT_EQ(store.GetCurrentUsrMode(), "Mine%7");
   EXPECT_EQ(store.SetCurrentUsrMode(""), ResultOk);
   EXPECT_EQ(store.GetCurrentUsrMode(), "");
@@ -529,7 +534,7 @@ TEST_F(UserDesignRegTest, SetCurrentUsrMode_FailedWrite) {
   notebook.FailCall("RegSetValueExW", 1, ERROR_ACCESS_DENIED);
   EXPECT_EQ(store.SetCurrentUsrMode("Mine"), ResultFailed);
   EXPECT_LOG(
-      {3, L"Write key:" + kModes + L", itemName:CurrentUsrMode, value:Mine failed!" + kWrite},
+      {3, L"Write key:" + kModes + L", itemName:CurrentUsrMode, value:Mine failed!" + kDesignWrite},
       {3, L"SetCurrentUsrMode Error, id: Mine(UserDesignReg::SetCurrentUsrMode)"});
 }
 
@@ -537,10 +542,10 @@ TEST_F(UserDesignRegTest, GetCurrentUsrMode_WithoutAValue) {
   const LogLine line{
       3, L"Get currentUsrMode fail, path" + kModes + L"(UserDesignReg::GetCurrentUsrMode)"};
   EXPECT_EQ(store.GetCurrentUsrMode(), "");
-  testsupport::MakeKey(kRoot, kModes);
+  testsupport::MakeKey(kDesignRoot, kModes);
   EXPECT_EQ(store.GetCurrentUsrMode(), "");
-  EXPECT_LOG({3, L"Reg key:" + kModes + L" not exists!" + kRead}, line,
-             {3, L"itemName:CurrentUsrMode not exist in subKey:" + kModes + kRead}, line);
+  EXPECT_LOG({3, L"Reg key:" + kModes + L" not exists!" + kDesignRead}, line,
+             {3, L"itemName:CurrentUsrMode not exist in subKey:" + kModes + kDesignRead}, line);
 }
 
 }  // namespace

@@ -28,17 +28,17 @@ using testsupport::RegistryValue;
 using testsupport::RegistryValues;
 using testsupport::TextValue;
 
-const HKEY kRoot = HKEY_LOCAL_MACHINE;
-const std::wstring kTestKey = L"SOFTWARE\\Norvex\\Velora";
+const HKEY kTueRoot = HKEY_LOCAL_MACHINE;
+const std::wstring kTueTestKey = L"SOFTWARE\\Norvex\\Velora";
 const std::wstring kFeatureKey = L"SOFTWARE\\Norvex\\Velora\\ColorField\\WhitePointFineTue";
 const std::wstring kUserModes = kFeatureKey + L"\\UserDesignMode";
 const std::wstring kPresetModes = kFeatureKey + L"\\PresetMode";
 
 constexpr wchar_t kGet[] = L"(WhitePointFineTueReg::GetWhitePointTueValue)";
 constexpr wchar_t kSet[] = L"(WhitePointFineTueReg::SetWhitePointTueValue)";
-constexpr wchar_t kEdit[] = L"(WhitePointFineTueReg::EditUsrModeWhitePointId)";
-constexpr wchar_t kRead[] = L"(RegisterHelper::RegReadValue)";
-constexpr wchar_t kWrite[] = L"(RegisterHelper::RegWriteValue)";
+constexpr wchar_t kTueEdit[] = L"(WhitePointFineTueReg::EditUsrModeWhitePointId)";
+constexpr wchar_t kTueRead[] = L"(RegisterHelper::RegReadValue)";
+constexpr wchar_t kTueWrite[] = L"(RegisterHelper::RegWriteValue)";
 
 // The layout that hosts are built with.
 static_assert(std::is_standard_layout_v<WhitePointFineTueInfo>);
@@ -76,11 +76,11 @@ class WhitePointFineTueRegTest : public testsupport::NotebookTest {
 
   void Tune(const std::wstring& path, const std::wstring& id) {
     for (const auto& [name, value] : Values(id, 11, L"0.100000", L"0.200000", L"0.300000")) {
-      testsupport::WriteValue(kRoot, path, name, value);
+      testsupport::WriteValue(kTueRoot, path, name, value);
     }
   }
 
-  const testsupport::ScopedKey key{kRoot, kTestKey};
+  const testsupport::ScopedKey key{kTueRoot, kTueTestKey};
   WhitePointFineTueReg store;
 };
 
@@ -101,7 +101,7 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_PresetModesByName) {
     SCOPED_TRACE(mode);
     const auto info = Tuning(mode, "any id", 0.5, 0.25, mode);
     EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultOk);
-    EXPECT_EQ(ReadKey(kRoot, kPresetModes + L"\\" + name),
+    EXPECT_EQ(ReadKey(kTueRoot, kPresetModes + L"\\" + name),
               Values(L"any id", static_cast<uint32_t>(mode), L"0.500000", L"0.250000",
                      std::to_wstring(mode) + L".000000"));
     auto read = Tuning(mode, "another id", 9, 9, 9);
@@ -118,7 +118,7 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_PresetModesByName) {
 TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_UserModeById) {
   const auto info = Tuning(11, "Mine%7", 0.1234567, 1, -2);
   EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultOk);
-  EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\Mine%7"),
+  EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\Mine%7"),
             Values(L"Mine%7", 11, L"0.123457", L"1.000000", L"-2.000000"));
   auto read = Tuning(11, "Mine%7", 9, 9, 9);
   EXPECT_EQ(store.GetWhitePointTueValue(&read), ResultOk);
@@ -146,7 +146,7 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_IdsAroundTheFieldsLength)
     const auto info = Tuning(11, std::string(length, 'x'), 1, 2, 3);
     EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultOk);
     const std::wstring id(length, L'x');
-    EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\" + id),
+    EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\" + id),
               Values(id, 11, L"1.000000", L"2.000000", L"3.000000"));
     auto read = Tuning(11, std::string(length, 'x'), 9, 9, 9);
     EXPECT_EQ(store.GetWhitePointTueValue(&read), ResultOk);
@@ -158,30 +158,30 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_IdsAroundTheFieldsLength)
 TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_IdsThatAKeyCannotHold) {
   const auto nested = Tuning(11, "a\\b", 1, 2, 3);
   EXPECT_EQ(store.SetWhitePointTueValue(&nested), ResultOk);
-  EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\a\\b"),
+  EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\a\\b"),
             Values(L"a\\b", 11, L"1.000000", L"2.000000", L"3.000000"));
   const auto empty = Tuning(11, "", 4, 5, 6);
   EXPECT_EQ(store.SetWhitePointTueValue(&empty), ResultOk);
-  EXPECT_EQ(ReadKey(kRoot, kUserModes), Values(L"", 11, L"4.000000", L"5.000000", L"6.000000"));
+  EXPECT_EQ(ReadKey(kTueRoot, kUserModes), Values(L"", 11, L"4.000000", L"5.000000", L"6.000000"));
 }
 
 // The values of the modes without a key land at the root, where the registry lets them.
 TEST_F(WhitePointFineTueRegTest, ModesWithoutAKeyAddressTheRoot) {
   const auto forget = [] {
     for (const wchar_t* name : {L"Id", L"Mode", L"R", L"G", L"B"}) {
-      RegDeleteKeyValueW(kRoot, nullptr, name);
+      RegDeleteKeyValueW(kTueRoot, nullptr, name);
     }
   };
-  ASSERT_EQ(ReadKey(kRoot, L""), RegistryValues{});
+  ASSERT_EQ(ReadKey(kTueRoot, L""), RegistryValues{});
   for (const ColorFieldMode mode : {0, 7}) {
     SCOPED_TRACE(mode);
     auto info = Tuning(mode, "root", 0.5, 0.6, 0.7);
     EXPECT_EQ(store.GetWhitePointTueValue(&info), ResultFailed);
     const std::wstring number = std::to_wstring(mode);
-    EXPECT_LOG({3, L"itemName:R not exist in subKey:" + std::wstring(kRead)},
+    EXPECT_LOG({3, L"itemName:R not exist in subKey:" + std::wstring(kTueRead)},
                {3, L"Read reg whitePoint R value fail, mode: " + number + L", id: root" + kGet});
     EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultOk);
-    EXPECT_EQ(ReadKey(kRoot, L""),
+    EXPECT_EQ(ReadKey(kTueRoot, L""),
               Values(L"root", static_cast<uint32_t>(mode), L"0.500000", L"0.600000", L"0.700000"));
     auto read = Tuning(mode, "", 9, 9, 9);
     EXPECT_EQ(store.GetWhitePointTueValue(&read), ResultOk);
@@ -189,7 +189,7 @@ TEST_F(WhitePointFineTueRegTest, ModesWithoutAKeyAddressTheRoot) {
     forget();
     notebook.ForgetRecords();
   }
-  EXPECT_FALSE(KeyExists(kRoot, kTestKey));
+  EXPECT_FALSE(KeyExists(kTueRoot, kTueTestKey));
 }
 
 TEST_F(WhitePointFineTueRegTest, ModesOutsideTheTableThrow) {
@@ -207,7 +207,7 @@ TEST_F(WhitePointFineTueRegTest, ModesOutsideTheTableThrow) {
     EXPECT_THROW(store.SetWhitePointTueValue(&info, L"new"), std::out_of_range);
   }
   EXPECT_LOG();
-  EXPECT_FALSE(KeyExists(kRoot, kTestKey));
+  EXPECT_FALSE(KeyExists(kTueRoot, kTueTestKey));
 }
 
 // --- Failed reads ---
@@ -215,7 +215,7 @@ TEST_F(WhitePointFineTueRegTest, ModesOutsideTheTableThrow) {
 TEST_F(WhitePointFineTueRegTest, GetWhitePointTueValue_OfAModeThatWasNeverTuned) {
   auto info = Tuning(2, "", 7, 8, 9);
   EXPECT_EQ(store.GetWhitePointTueValue(&info), ResultFailed);
-  EXPECT_LOG({3, L"Reg key:" + kPresetModes + L"\\P3Mode not exists!" + kRead},
+  EXPECT_LOG({3, L"Reg key:" + kPresetModes + L"\\P3Mode not exists!" + kTueRead},
              {3, L"Read reg whitePoint R value fail, mode: 2, id: " + std::wstring(kGet)});
   EXPECT_EQ(info.r, 7);
 }
@@ -235,12 +235,12 @@ TEST_F(WhitePointFineTueRegTest, GetWhitePointTueValue_EachGainMissing) {
   for (const Row& row : rows) {
     SCOPED_TRACE(testsupport::Utf8(row.missing));
     Tune(mode, L"Mine");
-    RegDeleteKeyValueW(kRoot, mode.c_str(), row.missing);
+    RegDeleteKeyValueW(kTueRoot, mode.c_str(), row.missing);
     notebook.ForgetRecords();
     auto info = Tuning(11, "Mine", 9, 9, 9);
     EXPECT_EQ(store.GetWhitePointTueValue(&info), ResultFailed);
     EXPECT_LOG(
-        {3, std::wstring(L"itemName:") + row.missing + L" not exist in subKey:" + mode + kRead},
+        {3, std::wstring(L"itemName:") + row.missing + L" not exist in subKey:" + mode + kTueRead},
         {3, row.line + kGet});
     EXPECT_EQ(info.r, row.r) << "what was read ahead of the failure stays";
     EXPECT_EQ(info.g, row.g);
@@ -254,17 +254,17 @@ TEST_F(WhitePointFineTueRegTest, GetWhitePointTueValue_TextsThatAreNoGains) {
                                  DwordValue(1)};
   for (const RegistryValue& text : texts) {
     Tune(mode, L"Mine");
-    testsupport::WriteValue(kRoot, mode, L"G", text);
+    testsupport::WriteValue(kTueRoot, mode, L"G", text);
     notebook.ForgetRecords();
     auto info = Tuning(11, "Mine", 9, 9, 9);
     EXPECT_EQ(store.GetWhitePointTueValue(&info), ResultFailed);
-    EXPECT_LOG({3, L"RegReadValue failed!" + std::wstring(kRead)},
+    EXPECT_LOG({3, L"RegReadValue failed!" + std::wstring(kTueRead)},
                {3, L"Read reg whitePoint G value fail, mode: 11, id: Mine" + std::wstring(kGet)});
     EXPECT_EQ(info.r, 0.1);
     EXPECT_EQ(info.g, 9);
   }
   Tune(mode, L"Mine");
-  testsupport::WriteValue(kRoot, mode, L"B", TextValue(std::wstring(260, L'1')));
+  testsupport::WriteValue(kTueRoot, mode, L"B", TextValue(std::wstring(260, L'1')));
   auto info = Tuning(11, "Mine", 9, 9, 9);
   EXPECT_EQ(store.GetWhitePointTueValue(&info), ResultFailed) << "too long to be read";
 }
@@ -287,14 +287,14 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_EachWriteFails) {
   const wchar_t* const order[] = {L"Id", L"Mode", L"R", L"G", L"B"};
   for (unsigned n = 1; n <= 5; ++n) {
     SCOPED_TRACE(n);
-    RegDeleteTreeW(kRoot, kTestKey.c_str());
+    RegDeleteTreeW(kTueRoot, kTueTestKey.c_str());
     notebook.ForgetRecords();
     notebook.FailCall("RegSetValueExW", n, ERROR_ACCESS_DENIED);
     const auto info = Tuning(3, "some id", 0.125, 0.25, 0.375);
     EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultFailed);
-    EXPECT_LOG({3, before + lines[n - 1].first + kWrite},
+    EXPECT_LOG({3, before + lines[n - 1].first + kTueWrite},
                {3, lines[n - 1].second + std::wstring(kSet)});
-    EXPECT_EQ(ReadKey(kRoot, mode), stored) << "nothing is taken back";
+    EXPECT_EQ(ReadKey(kTueRoot, mode), stored) << "nothing is taken back";
     stored.insert(*all.find(order[n - 1]));
     notebook.ClearFaults();
   }
@@ -304,7 +304,7 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_WithoutRightsOnTheKey) {
   notebook.FailCall("RegCreateKeyExW", 0, ERROR_ACCESS_DENIED);
   const auto info = Tuning(11, "Mine", 1, 2, 3);
   EXPECT_EQ(store.SetWhitePointTueValue(&info), ResultFailed);
-  EXPECT_LOG({3, L"RegCreateKeyEx:" + kUserModes + L"\\Mine failed!" + kWrite},
+  EXPECT_LOG({3, L"RegCreateKeyEx:" + kUserModes + L"\\Mine failed!" + kTueWrite},
              {3, L"Write id to reg fail, id: Mine" + std::wstring(kSet)});
 }
 
@@ -313,9 +313,9 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_WithoutRightsOnTheKey) {
 TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_UnderANewId) {
   const auto info = Tuning(11, "old", 1, 2, 3);
   EXPECT_EQ(store.SetWhitePointTueValue(&info, L"new"), ResultOk);
-  EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\new"),
+  EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\new"),
             Values(L"new", 11, L"1.000000", L"2.000000", L"3.000000"));
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\old"));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\old"));
   EXPECT_STREQ(info.id, "old");
   EXPECT_LOG();
 }
@@ -326,13 +326,13 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_NewIdsAroundTheFieldsLeng
     SCOPED_TRACE(length);
     const std::wstring id(length, L'n');
     EXPECT_EQ(store.SetWhitePointTueValue(&info, id), ResultOk);
-    EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\" + id)[L"Id"], TextValue(id));
+    EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\" + id)[L"Id"], TextValue(id));
   }
   EXPECT_LOG();
   const std::wstring tooLong(101, L'n');
   EXPECT_EQ(store.SetWhitePointTueValue(&info, tooLong), ResultFailed);
   EXPECT_LOG({3, L"Memcpy id fail, id: " + tooLong + kSet});
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\" + tooLong));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\" + tooLong));
 }
 
 TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_UnderANewIdFails) {
@@ -340,7 +340,7 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_UnderANewIdFails) {
   const auto info = Tuning(11, "old", 1, 2, 3);
   EXPECT_EQ(store.SetWhitePointTueValue(&info, L"new"), ResultFailed);
   EXPECT_LOG(
-      {3, L"Write key:" + kUserModes + L"\\new, itemName:R, value:1.000000 failed!" + kWrite},
+      {3, L"Write key:" + kUserModes + L"\\new, itemName:R, value:1.000000 failed!" + kTueWrite},
       {3, L"Write whitePoint r fail, r: 1" + std::wstring(kSet)},
       {3, L"Set white point tue value fail, id: new" + std::wstring(kSet)});
 }
@@ -350,9 +350,9 @@ TEST_F(WhitePointFineTueRegTest, SetWhitePointTueValue_UnderANewIdFails) {
 TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_MovesTheValues) {
   Tune(kUserModes + L"\\old", L"old");
   store.EditUsrModeWhitePointId(L"old", L"new");
-  EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\new"),
+  EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\new"),
             Values(L"new", 11, L"0.100000", L"0.200000", L"0.300000"));
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\old"));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\old"));
   EXPECT_LOG();
 }
 
@@ -361,15 +361,15 @@ TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_OfTheSameId) {
   notebook.ForgetRecords();
   store.EditUsrModeWhitePointId(L"old", L"old");
   EXPECT_LOG(
-      {1, L"oldId is equals newId, not need to edit id value, id: old" + std::wstring(kEdit)});
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\old"));
+      {1, L"oldId is equals newId, not need to edit id value, id: old" + std::wstring(kTueEdit)});
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\old"));
   EXPECT_EQ(notebook.CountCalls("RegOpenKeyW"), 0U);
 }
 
 TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_OfAModeThatWasNeverTuned) {
   store.EditUsrModeWhitePointId(L"old", L"new");
   EXPECT_LOG();
-  EXPECT_FALSE(KeyExists(kRoot, kTestKey));
+  EXPECT_FALSE(KeyExists(kTueRoot, kTueTestKey));
 }
 
 TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_OldIdsAroundTheFieldsLength) {
@@ -378,28 +378,28 @@ TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_OldIdsAroundTheFieldsLe
     const std::wstring old(length, L'o');
     Tune(kUserModes + L"\\" + old, old);
     store.EditUsrModeWhitePointId(old, L"new");
-    EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\" + old));
-    EXPECT_EQ(ReadKey(kRoot, kUserModes + L"\\new")[L"B"], TextValue(L"0.300000"));
+    EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\" + old));
+    EXPECT_EQ(ReadKey(kTueRoot, kUserModes + L"\\new")[L"B"], TextValue(L"0.300000"));
   }
   EXPECT_LOG();
   const std::wstring tooLong(101, L'o');
   Tune(kUserModes + L"\\" + tooLong, tooLong);
   store.EditUsrModeWhitePointId(tooLong, L"newer");
-  EXPECT_LOG({3, L"Memcpy id fail, id: " + tooLong + kEdit});
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\" + tooLong));
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\newer"));
+  EXPECT_LOG({3, L"Memcpy id fail, id: " + tooLong + kTueEdit});
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\" + tooLong));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\newer"));
 }
 
 TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_ReadFails) {
   const std::wstring old = kUserModes + L"\\old";
   Tune(old, L"old");
-  RegDeleteKeyValueW(kRoot, old.c_str(), L"B");
+  RegDeleteKeyValueW(kTueRoot, old.c_str(), L"B");
   store.EditUsrModeWhitePointId(L"old", L"new");
-  EXPECT_LOG({3, L"itemName:B not exist in subKey:" + old + kRead},
+  EXPECT_LOG({3, L"itemName:B not exist in subKey:" + old + kTueRead},
              {3, L"Read reg whitePoint B value fail, mode: 11id: old" + std::wstring(kGet)},
-             {3, L"Read white point value fail, id: old" + std::wstring(kEdit)});
-  EXPECT_TRUE(KeyExists(kRoot, old));
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\new"));
+             {3, L"Read white point value fail, id: old" + std::wstring(kTueEdit)});
+  EXPECT_TRUE(KeyExists(kTueRoot, old));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\new"));
 }
 
 TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_WriteFails) {
@@ -407,11 +407,11 @@ TEST_F(WhitePointFineTueRegTest, EditUsrModeWhitePointId_WriteFails) {
   notebook.FailCall("RegSetValueExW", 5, ERROR_ACCESS_DENIED);
   store.EditUsrModeWhitePointId(L"old", L"new");
   EXPECT_LOG(
-      {3, L"Write key:" + kUserModes + L"\\new, itemName:B, value:0.300000 failed!" + kWrite},
+      {3, L"Write key:" + kUserModes + L"\\new, itemName:B, value:0.300000 failed!" + kTueWrite},
       {3, L"Write whitePoint b fail, b: 0.1" + std::wstring(kSet)},
       {3, L"Set white point tue value fail, id: new" + std::wstring(kSet)},
-      {3, L"Edit white point id fail, id: new" + std::wstring(kEdit)});
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\old")) << "only a complete copy replaces it";
+      {3, L"Edit white point id fail, id: new" + std::wstring(kTueEdit)});
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\old")) << "only a complete copy replaces it";
 }
 
 // --- Deleting ---
@@ -420,8 +420,8 @@ TEST_F(WhitePointFineTueRegTest, DeleteUsrModeWhitePoint) {
   Tune(kUserModes + L"\\one", L"one");
   Tune(kUserModes + L"\\two", L"two");
   store.DeleteUsrModeWhitePoint(L"one");
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\one"));
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\two"));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\one"));
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\two"));
   store.DeleteUsrModeWhitePoint(L"one");
   EXPECT_LOG();
   EXPECT_EQ(notebook.CountCalls("RegDeleteKeyW"), 1U) << "an absent key is not deleted";
@@ -433,12 +433,12 @@ TEST_F(WhitePointFineTueRegTest, DeleteUsrModeWhitePoint_OfAKeyWithSubKeys) {
   EXPECT_LOG({3,
               L"Delete usr design mode white point fine tue value fail, id: "
               L"a(WhitePointFineTueReg::DeleteUsrModeWhitePoint)"});
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\a\\b"));
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\a\\b"));
   notebook.ForgetRecords();
   store.DeleteUsrModeWhitePoint(L"a\\b");
   EXPECT_LOG();
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes + L"\\a\\b"));
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\a"));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes + L"\\a\\b"));
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\a"));
 }
 
 // The empty name is that of the parent, which goes unless a mode's key is in it.
@@ -448,10 +448,10 @@ TEST_F(WhitePointFineTueRegTest, DeleteUsrModeWhitePoint_OfTheEmptyId) {
   EXPECT_LOG({3,
               L"Delete usr design mode white point fine tue value fail, id: "
               L"(WhitePointFineTueReg::DeleteUsrModeWhitePoint)"});
-  EXPECT_TRUE(KeyExists(kRoot, kUserModes + L"\\one"));
+  EXPECT_TRUE(KeyExists(kTueRoot, kUserModes + L"\\one"));
   store.DeleteUsrModeWhitePoint(L"one");
   store.DeleteUsrModeWhitePoint(L"");
-  EXPECT_FALSE(KeyExists(kRoot, kUserModes));
+  EXPECT_FALSE(KeyExists(kTueRoot, kUserModes));
 }
 
 }  // namespace

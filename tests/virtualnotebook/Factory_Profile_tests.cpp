@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 constexpr int kGamuts[] = {kSrgbLut, kP3Lut, kAdobeLut};
 
-Bytes Slice(const Bytes& bytes, size_t offset, size_t size) {
+Bytes Piece(const Bytes& bytes, size_t offset, size_t size) {
   const auto from = bytes.begin() + static_cast<ptrdiff_t>(offset);
   return Bytes(from, from + static_cast<ptrdiff_t>(size));
 }
@@ -34,7 +34,7 @@ TEST(Factory, MakePresetProfile_TheColourSystemTakesIt) {
     SCOPED_TRACE(gamut);
     const Bytes profile = MakePresetProfile(gamut);
     EXPECT_TRUE(SystemAccepts(profile));
-    EXPECT_EQ(Bytes({'a', 'c', 's', 'p'}), Slice(profile, 36, 4));
+    EXPECT_EQ(Bytes({'a', 'c', 's', 'p'}), Piece(profile, 36, 4));
     EXPECT_EQ(profile, MakePresetProfile(gamut));
   }
   EXPECT_NE(MakePresetProfile(kSrgbLut), MakePresetProfile(kP3Lut));
@@ -60,12 +60,12 @@ TEST(Factory, MakeDigestFile_OneRecordAName) {
   const Bytes a = {'a', 'b', 'c'}, b = {'d'};
   const Bytes file = MakeDigestFile({{"b.icc", b}, {"a.icc", a}});
   ASSERT_EQ(204u, file.size());
-  EXPECT_THAT(Slice(file, 0, 6), ElementsAre('a', '.', 'i', 'c', 'c', 0));
-  EXPECT_THAT(Slice(file, 5, 62), Each(0));
-  EXPECT_EQ(Sha256(a), Slice(file, 67, 32));
-  EXPECT_THAT(Slice(file, 99, 3), Each(0));
+  EXPECT_THAT(Piece(file, 0, 6), ElementsAre('a', '.', 'i', 'c', 'c', 0));
+  EXPECT_THAT(Piece(file, 5, 62), Each(0));
+  EXPECT_EQ(Sha256(a), Piece(file, 67, 32));
+  EXPECT_THAT(Piece(file, 99, 3), Each(0));
   EXPECT_EQ('b', file[102]);
-  EXPECT_EQ(Sha256(b), Slice(file, 102 + 67, 32));
+  EXPECT_EQ(Sha256(b), Piece(file, 102 + 67, 32));
 }
 
 TEST(Factory, MakeDigestFile_NamesOfUpTo62Characters) {

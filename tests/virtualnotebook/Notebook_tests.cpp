@@ -21,7 +21,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 constexpr wchar_t kNoSuchKey[] = L"Software\\Velora\\NoSuchKey";
-constexpr wchar_t kSoftware[] = L"Software";
+constexpr wchar_t kSoftwareKey[] = L"Software";
 
 // Opens and closes a key of the current user; the status of the opening.
 LSTATUS OpenKey(const wchar_t* path) {
@@ -36,12 +36,12 @@ LSTATUS OpenKey(const wchar_t* path) {
 class Notebook_OnTheProgram : public testsupport::NotebookTest {};
 
 TEST_F(Notebook_OnTheProgram, RecordsCallsInOrderWithTheirArguments) {
-  OpenKey(kSoftware);
+  OpenKey(kSoftwareKey);
   RegCloseKey(nullptr);
   ASSERT_EQ(notebook.calls.size(), 3U);
   EXPECT_EQ(notebook.calls[0].function, "RegOpenKeyW");
   EXPECT_THAT(notebook.calls[0].arguments,
-              ElementsAre(L"HKEY_CURRENT_USER", kSoftware, L"pointer"));
+              ElementsAre(L"HKEY_CURRENT_USER", kSoftwareKey, L"pointer"));
   EXPECT_EQ(notebook.calls[1].function, "RegCloseKey");
   EXPECT_THAT(notebook.calls[1].arguments, ElementsAre(L"pointer"));
   EXPECT_THAT(notebook.calls[2].arguments, ElementsAre(L"null"));
@@ -57,7 +57,7 @@ TEST_F(Notebook_OnTheProgram, ShowsNumbersInDecimalAndNarrowTextsWidened) {
 }
 
 TEST_F(Notebook_OnTheProgram, ForwardsWhatItDoesNotAnswer) {
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
   EXPECT_EQ(OpenKey(kNoSuchKey), ERROR_FILE_NOT_FOUND);
 }
 
@@ -72,29 +72,29 @@ TEST_F(Notebook_OnTheProgram, LeavesTheLastErrorToTheRealFunction) {
 }
 
 TEST_F(Notebook_OnTheProgram, FailCall_FailsTheNthCallFromNowOnAlone) {
-  OpenKey(kSoftware);
+  OpenKey(kSoftwareKey);
   notebook.FailCall("RegOpenKeyW", 2, ERROR_ACCESS_DENIED);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
   EXPECT_EQ(notebook.CountCalls("RegOpenKeyW"), 4U);
   EXPECT_EQ(notebook.CountCalls("RegCloseKey"), 3U);
 }
 
 TEST_F(Notebook_OnTheProgram, FailCall_0FailsEveryCallUntilFaultsAreCleared) {
   notebook.FailCall("RegOpenKeyW", 0, ERROR_ACCESS_DENIED);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_ACCESS_DENIED);
   notebook.ClearFaults();
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
 }
 
 TEST_F(Notebook_OnTheProgram, FailCall_TwoFaultsOfOneFunctionCountAlike) {
   notebook.FailCall("RegOpenKeyW", 1, ERROR_ACCESS_DENIED);
   notebook.FailCall("RegOpenKeyW", 3, ERROR_BADKEY);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_ACCESS_DENIED);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
-  EXPECT_EQ(OpenKey(kSoftware), ERROR_BADKEY);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
+  EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_BADKEY);
 }
 
 TEST_F(Notebook_OnTheProgram, FailCall_DoesNothingAndSetsTheLastError) {
@@ -174,7 +174,7 @@ TEST_F(Notebook_OnTheProgram, OnCall_MayCallAndIsNotReentered) {
   unsigned runs = 0;
   notebook.onCall = [&](const Call&) {
     ++runs;
-    EXPECT_EQ(OpenKey(kSoftware), ERROR_SUCCESS);
+    EXPECT_EQ(OpenKey(kSoftwareKey), ERROR_SUCCESS);
     EXPECT_EQ(notebook.CountCalls("RegCloseKey"), size_t{runs});
   };
   LcdLogMessage(1, L"one");
@@ -253,7 +253,7 @@ TEST_F(Notebook_OnTheProgram, Locked_ChangesWhatOtherThreadsRead) {
 
 TEST_F(Notebook_OnTheProgram, ThereIsOneAtATime) {
   EXPECT_THROW(Notebook second(GetModuleHandleW(nullptr)), std::logic_error);
-  OpenKey(kSoftware);
+  OpenKey(kSoftwareKey);
   EXPECT_EQ(notebook.CountCalls("RegOpenKeyW"), 1U);
 }
 
