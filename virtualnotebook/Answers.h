@@ -32,6 +32,12 @@ std::span<const char* const> SensorMethods();
 
 namespace virtualnotebook::answers {
 
+// What a function of the system does when it refuses.
+inline BOOL Fail(DWORD error) {
+  SetLastError(error);
+  return FALSE;
+}
+
 // The real function's type beneath a method: its object comes first.
 using ExcuteQueryImplFunction = int(NxSDK::WmiQuery*, const std::wstring&, const std::wstring&,
                                     const std::function<void(const VARIANT&)>&, bool);

@@ -26,11 +26,6 @@ bool IsInstalled(const std::wstring& fileName) {
              INVALID_FILE_ATTRIBUTES;
 }
 
-BOOL Fail(DWORD error) {
-  SetLastError(error);
-  return FALSE;
-}
-
 // The profiles of a device in a scope, its default first.
 std::vector<std::wstring> ProfilesOf(const Notebook& notebook, WCS_PROFILE_MANAGEMENT_SCOPE scope,
                                      const wchar_t* device) {

@@ -15,11 +15,6 @@ constexpr DWORD kErrorGraphicsInvalidPhysicalMonitorHandle = 0xC026258C;
 // The first handle of all; none is a small number, null or INVALID_HANDLE_VALUE.
 constexpr uintptr_t kFirstHandle = 0x1000;
 
-BOOL Fail(DWORD error) {
-  SetLastError(error);
-  return FALSE;
-}
-
 // A handle that no array has had yet.
 HANDLE NextHandle(const Notebook& notebook) {
   uintptr_t next = kFirstHandle;

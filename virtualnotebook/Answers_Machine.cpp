@@ -22,11 +22,6 @@ void CopyText(wchar_t (&field)[kSize], const std::wstring& text) {
   field[length] = L'\0';
 }
 
-BOOL Fail(DWORD error) {
-  SetLastError(error);
-  return FALSE;
-}
-
 void Describe(const Adapter& adapter, DISPLAY_DEVICEW& device) {
   CopyText(device.DeviceName, adapter.deviceName);
   CopyText(device.DeviceString, adapter.deviceString);

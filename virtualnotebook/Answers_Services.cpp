@@ -8,11 +8,6 @@
 namespace virtualnotebook::answers {
 namespace {
 
-BOOL Fail(DWORD error) {
-  SetLastError(error);
-  return FALSE;
-}
-
 // Writes the process that is due.
 BOOL NextProcess(GivenHandle& snapshot, PROCESSENTRY32W* entry) {
   if (entry == nullptr || entry->dwSize != sizeof *entry) {

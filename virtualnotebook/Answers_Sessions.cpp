@@ -9,11 +9,6 @@
 namespace virtualnotebook::answers {
 namespace {
 
-BOOL Fail(DWORD error) {
-  SetLastError(error);
-  return FALSE;
-}
-
 wchar_t consoleName[] = L"Console";
 
 }  // namespace

@@ -8,9 +8,9 @@ namespace virtualnotebook {
 namespace {
 
 // A loaded module's bytes, by their relative addresses.
-class Image {
+class LoadedImage {
  public:
-  explicit Image(HMODULE module) : base_(reinterpret_cast<uint8_t*>(module)) {}
+  explicit LoadedImage(HMODULE module) : base_(reinterpret_cast<uint8_t*>(module)) {}
 
   template <typename T>
   T* At(uint64_t address) const {
@@ -57,7 +57,7 @@ ImportRedirection::ImportRedirection(HMODULE module, std::span<const ImportedFun
                           reinterpret_cast<const wchar_t*>(module), &module_)) {
     throw std::invalid_argument("import table: no such module");
   }
-  const Image image(module_);
+  const LoadedImage image(module_);
   // A library may have several descriptors: one for each import library that names it.
   const IMAGE_IMPORT_DESCRIPTOR* library = image.Imports();
   for (; library != nullptr && library->Name != 0; ++library) {

@@ -4,6 +4,7 @@
 
 #include "panel/BiosControlHeader.h"
 #include "panel/ByteOrder.h"
+#include "veloractl/inspect/FileLayout.h"
 #include "veloractl/inspect/LutBlocks.h"
 
 namespace veloractl {
@@ -13,7 +14,6 @@ using velora::BiosControlHeader;
 
 // The library's limits.
 constexpr size_t kLargestTable = 131124;
-constexpr size_t kLargestFile = 131072;
 constexpr size_t kSmallestGoldenFile = BiosControlHeader::kSize + velora::k3DBlockSize;
 
 constexpr size_t kAcpiHeaderSize = 36;  // ACPI 6.5, 5.2.6
@@ -22,7 +22,7 @@ constexpr char kTableId[] = "DLUT";
 constexpr char kGetFactoryData[] =
     "The library takes no LUT out of it. Read the table again (dump-firmware); if it stays so, the "
     "firmware needs an update with the factory's data.";
-constexpr char kReinstall[] =
+constexpr char kReinstallGoldenFile[] =
     "The library takes no LUT out of it. Reinstall the product: the golden file comes with it.";
 
 struct Head {
@@ -72,7 +72,7 @@ void CheckSize(ByteSpan file, bool isFirmware, Findings& findings) {
   findings.Expect(file.size() >= kSmallestGoldenFile && file.size() <= kLargestFile, "size",
                   ByteCount(file.size()) + " of " + std::to_string(kSmallestGoldenFile) + " to " +
                       ByteCount(kLargestFile),
-                  kReinstall);
+                  kReinstallGoldenFile);
 }
 
 // ACPI's own header, which the library does not look at.
@@ -205,7 +205,7 @@ Container BlocksOf(ByteSpan file, bool isFirmwareTable) {
 
 void InspectContainer(ByteSpan file, const Surroundings& surroundings, Inspection& out) {
   const bool isFirmware = out.kind == FileKind::FirmwareTable;
-  const char* const repair = isFirmware ? kGetFactoryData : kReinstall;
+  const char* const repair = isFirmware ? kGetFactoryData : kReinstallGoldenFile;
   out.report["what"] =
       isFirmware ? "The factory's LUTs of this panel, as the firmware keeps them."
                  : "The LUTs of the panel's model, for panels that are not the factory's.";

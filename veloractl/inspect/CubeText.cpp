@@ -7,6 +7,7 @@
 
 #include "frame/Sha256.h"
 #include "panel/ByteOrder.h"
+#include "veloractl/inspect/FileLayout.h"
 
 namespace veloractl {
 namespace {
@@ -20,10 +21,7 @@ constexpr int kDecimals = 7;
 // Of a file's value and an integer, in integer steps: the text's own rounding is no deviation.
 constexpr double kSame = 0.001;
 
-// The header of a user's LUT: zeros but for these.
-constexpr size_t kTypeOffset = 64;
-constexpr size_t kPrecisionOffset = 65;
-constexpr size_t kLengthOffset = 66;
+// Of a user's LUT, whose header is zeros but for type, precision and length.
 constexpr uint8_t kPrecision = 12;  // bits
 
 [[noreturn]] void Refuse(size_t line, const std::string& why) {

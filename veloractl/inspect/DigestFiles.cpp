@@ -11,7 +11,7 @@ namespace veloractl {
 namespace {
 
 constexpr size_t kRecordSize = sizeof(velora::DigestRecord);
-constexpr char kReinstall[] = "Reinstall the product's profiles and digest file together.";
+constexpr char kReinstallProfiles[] = "Reinstall the product's profiles and digest file together.";
 
 std::string ProfileState(const DigestEntry& entry, const Surroundings& surroundings, size_t number,
                          Findings& findings) {
@@ -29,7 +29,7 @@ std::string ProfileState(const DigestEntry& entry, const Surroundings& surroundi
   velora::Sha256(*file, hash.data());
   if (findings.Expect(std::ranges::equal(hash, entry.hash), check, AsciiOf(entry.name),
                       "The profile was changed, and a mode with it is refused with result 16. " +
-                          std::string(kReinstall))) {
+                          std::string(kReinstallProfiles))) {
     return "unchanged";
   }
   return "changed";
@@ -42,12 +42,12 @@ void InspectDigest(ByteSpan file, const Surroundings& surroundings, Inspection& 
   const std::vector<DigestEntry> entries = DigestEntries(file);
   out.findings.Expect(!entries.empty(), "records",
                       std::to_string(entries.size()) + " of " + ByteCount(kRecordSize) + " each",
-                      "Every preset is refused with result 16. " + std::string(kReinstall));
+                      "Every preset is refused with result 16. " + std::string(kReinstallProfiles));
   const size_t rest = file.size() % kRecordSize;
   if (rest != 0) {
     out.findings.Fail("length", ByteCount(rest) + " behind the last record",
                       "A record is cut off, and the profile that it speaks for is refused. " +
-                          std::string(kReinstall));
+                          std::string(kReinstallProfiles));
   } else {
     out.findings.Holds("length", ByteCount(file.size()));
   }
@@ -60,7 +60,7 @@ void InspectDigest(ByteSpan file, const Surroundings& surroundings, Inspection& 
     });
     if (!isText) {
       out.findings.Warn("record " + number + ": name", AsciiOf(entry.name),
-                        "No profile has such a name. " + std::string(kReinstall));
+                        "No profile has such a name. " + std::string(kReinstallProfiles));
     } else if (const size_t speaker = FindDigest(entries, entry.name).value_or(i); speaker != i) {
       out.findings.Warn("record " + number + ": name",
                         AsciiOf(entry.name) + " is part of record " + std::to_string(speaker + 1),

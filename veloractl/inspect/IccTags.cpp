@@ -7,6 +7,7 @@
 #include "colormath/Matrix3x3.h"
 #include "icc/DigestFile.h"
 #include "panel/ByteOrder.h"
+#include "veloractl/inspect/FileLayout.h"
 
 namespace veloractl {
 namespace {
@@ -14,7 +15,6 @@ namespace {
 using velora::ReadBe16;
 using velora::ReadBe32;
 
-constexpr size_t kTagTable = 128;
 constexpr size_t kTagEntry = 12;
 constexpr size_t kMostTags = 100;  // of one report
 

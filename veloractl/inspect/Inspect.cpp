@@ -5,6 +5,7 @@
 #include "icc/DigestFile.h"
 #include "panel/ByteOrder.h"
 #include "veloractl/inspect/Edid.h"
+#include "veloractl/inspect/FileLayout.h"
 #include "veloractl/inspect/IccTags.h"
 #include "veloractl/inspect/LutBlocks.h"
 
@@ -24,9 +25,6 @@ constexpr KindName kKindNames[] = {
 
 constexpr size_t kProfileSignatureOffset = 36;  // "acsp"
 constexpr size_t kVendorOffset = 60;            // in a block header
-constexpr size_t kTypeOffset = 64;
-constexpr size_t kLengthOffset = 66;
-constexpr size_t kHashSize = 32;
 
 bool HasTextAt(ByteSpan file, size_t offset, std::string_view text) {
   return file.size() >= offset + text.size() &&

@@ -8,6 +8,7 @@
 #include "frame/Sha256.h"
 #include "lut/GammaCurve.h"
 #include "panel/ByteOrder.h"
+#include "veloractl/inspect/FileLayout.h"
 
 namespace veloractl {
 namespace {
@@ -24,10 +25,6 @@ constexpr LutUse kLutUses[] = {
     {7, "e-book", "7"},
     {kGammaLutType, "gamma", "all, on machines of way 3"},
 };
-
-constexpr size_t kTypeOffset = 64;
-constexpr size_t kPrecisionOffset = 65;
-constexpr size_t kLengthOffset = 66;
 
 const char* RepairOf(FileKind file) {
   switch (file) {

@@ -1,12 +1,11 @@
 // LUT bin files and user LUT files.
 #include <algorithm>
 
+#include "veloractl/inspect/FileLayout.h"
 #include "veloractl/inspect/LutBlocks.h"
 
 namespace veloractl {
 namespace {
-
-constexpr size_t kLargestFile = 131072;  // of any data file; the library reads no larger one
 
 // The e-book mode's file carries a mark behind its hash once it is composed with the panel's own
 // LUT.

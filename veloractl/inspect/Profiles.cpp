@@ -8,6 +8,7 @@
 #include "icc/DigestFile.h"
 #include "icc/ICCProfileOperation.h"
 #include "panel/ByteOrder.h"
+#include "veloractl/inspect/FileLayout.h"
 #include "veloractl/inspect/IccTags.h"
 #include "veloractl/inspect/Inspect.h"
 
@@ -16,9 +17,7 @@ namespace {
 
 using velora::ICCProfileOperation;
 
-constexpr size_t kHashSize = 32;
 constexpr uint32_t kLargestProfile = 1000;  // that the library takes for a user's
-constexpr size_t kTagTable = 128;
 constexpr uint32_t kUserProfileTags = 11;
 
 constexpr char kSaveAgain[] =
@@ -138,7 +137,7 @@ void CheckUserProfile(ByteSpan file, const Surroundings& surroundings, Findings&
 }
 
 void CheckPreset(ByteSpan file, const Surroundings& surroundings, Findings& findings) {
-  constexpr char kReinstall[] =
+  constexpr char kReinstallBoth[] =
       "The library refuses the profile with result 16: reinstall the product's profiles and digest "
       "file together.";
   const uint32_t size = velora::ReadBe32(file.data());
@@ -157,12 +156,12 @@ void CheckPreset(ByteSpan file, const Surroundings& surroundings, Findings& find
   if (!findings.Expect(
           number.has_value(), "digest record",
           number ? AsciiOf(entries[*number].name) : "none for " + AsciiOf(surroundings.fileName),
-          kReinstall)) {
+          kReinstallBoth)) {
     return;
   }
   const DigestEntry& record = entries[*number];
   findings.Expect(hash == record.hash, "digest",
-                  "calculated " + HexOf(hash) + ", recorded " + HexOf(record.hash), kReinstall);
+                  "calculated " + HexOf(hash) + ", recorded " + HexOf(record.hash), kReinstallBoth);
 }
 
 }  // namespace

@@ -71,7 +71,7 @@ Report EyeProtectionOnTop(Stage& stage) {
            {"and no eye protection of its own", stage.Shown().temperature3D.colorBlue == 0}}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kColourMathsActs[] = {
     {"A point of the colour circle",
      "The user drags the colour temperature to the top of the circle, to red.", PointOnTheCircle,
      nullptr, DrawCircle},
@@ -82,6 +82,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> ColourMathsActs() { return kActs; }
+std::span<const Act> ColourMathsActs() { return kColourMathsActs; }
 
 }  // namespace tour

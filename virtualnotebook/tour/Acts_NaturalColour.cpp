@@ -332,7 +332,7 @@ Report DayByHelper(Stage& stage) {
         afterResumption == kCloud.kelvin - kThreshold}}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kNaturalColourActs[] = {
     {"Natural colour, a day",
      "A reading of the light sensor each ten minutes, from a dark room through lamp light and\n"
      "daylight with clouds, in a few seconds: the panel follows in dimmings of 51 frames. Natural\n"
@@ -354,6 +354,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> NaturalColourActs() { return kActs; }
+std::span<const Act> NaturalColourActs() { return kNaturalColourActs; }
 
 }  // namespace tour

@@ -117,7 +117,7 @@ Report ModeZero(Stage& stage) {
            Profile(stage, kP3Lut)}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kPresetActs[] = {
     {"SetColorField(2), cold",
      "Nothing is cached: the P3 LUT comes out of the firmware table, is checked by its SHA-256 "
      "and\n"
@@ -146,6 +146,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> PresetActs() { return kActs; }
+std::span<const Act> PresetActs() { return kPresetActs; }
 
 }  // namespace tour

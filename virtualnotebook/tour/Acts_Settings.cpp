@@ -162,7 +162,7 @@ Report Telemetry(Stage& stage) {
                 stage.Notebook().CountCalls("OrbView::Report") == 1}}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kSettingsActs[] = {
     {"Settings",
      "The slider of eye protection: the factory's default, the user's choice, a mistake.", Settings,
      nullptr},
@@ -183,6 +183,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> SettingsActs() { return kActs; }
+std::span<const Act> SettingsActs() { return kSettingsActs; }
 
 }  // namespace tour

@@ -159,7 +159,7 @@ Report DeleteTheMode(Stage& stage) {
            Profile(stage, kSrgbLut)}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kUserModeActs[] = {
     {"SaveUserSelfColor, a mode of the user's own",
      "The sRGB gamut on a D50 white: two LUTs are calculated from the panel's EDID, a profile is\n"
      "made, all three are saved, and the mode is switched on.",
@@ -178,6 +178,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> UserModeActs() { return kActs; }
+std::span<const Act> UserModeActs() { return kUserModeActs; }
 
 }  // namespace tour

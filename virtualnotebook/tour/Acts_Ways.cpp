@@ -131,7 +131,7 @@ Report MonitorRefuses(Stage& stage) {
            {"the monitor's profile is NVX-P3.icc", stage.ExternalProfile() == "NVX-P3.icc"}}};
 }
 
-constexpr Act kActs[] = {
+constexpr Act kWayActs[] = {
     {"SetColorField(2) by gamma LUT and 3D LUT",
      "The firmware's gamma curve takes the mode's gamma and coefficients; the 3D LUT follows.",
      GammaWay, "chart-4-gamma-way.png"},
@@ -153,6 +153,6 @@ constexpr Act kActs[] = {
 
 }  // namespace
 
-std::span<const Act> WayActs() { return kActs; }
+std::span<const Act> WayActs() { return kWayActs; }
 
 }  // namespace tour

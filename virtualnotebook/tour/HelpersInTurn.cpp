@@ -15,7 +15,7 @@ using namespace virtualnotebook;
 using Gains = HelpersInTurn::Gains;
 
 constexpr std::wstring_view kHelper = L"VeloraAssistant.exe";
-constexpr DWORD kPatience = 60000;  // milliseconds for one helper
+constexpr DWORD kHelperPatience = 60000;  // milliseconds for one helper
 
 // Beside the library, as the helper is.
 std::wstring InstalledHost() {
@@ -88,7 +88,7 @@ void HelpersInTurn::AwaitTheLast() {
     return;
   }
   // Its end, not its colour: the one ahead of it may have shown the same.
-  const ULONGLONG end = GetTickCount64() + kPatience;
+  const ULONGLONG end = GetTickCount64() + kHelperPatience;
   while (inTime_ && IsHelperRunning()) {
     inTime_ = GetTickCount64() < end;
     Sleep(1);

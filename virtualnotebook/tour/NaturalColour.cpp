@@ -16,9 +16,9 @@ using namespace virtualnotebook;
 constexpr wchar_t kKey[] = L"SOFTWARE\\Norvex\\Velora\\NaturalColor";
 constexpr int kEbookMode = 7;
 constexpr uint32_t kPlatformThatFuses = 2;
-constexpr int kSwitchFrames = 25;         // of the short dimming
-constexpr uint32_t kMeasuredEvent = 705;  // of the firmware
-constexpr DWORD kPatience = 60000;        // milliseconds for the frames of one dimming
+constexpr int kSwitchFrames = 25;          // of the short dimming
+constexpr uint32_t kMeasuredEvent = 705;   // of the firmware
+constexpr DWORD kDimmingPatience = 60000;  // milliseconds for the frames of one dimming
 
 NatureColorDataIn DataIn(const NaturalColour::Settings& settings) {
   return {.frameCount = settings.frames,
@@ -167,7 +167,7 @@ void NaturalColour::Ring() {
 
 // The library logs each frame behind its delivery, and each ring behind all that it does.
 void NaturalColour::Await() {
-  const ULONGLONG end = GetTickCount64() + kPatience;
+  const ULONGLONG end = GetTickCount64() + kDimmingPatience;
   const auto hasCome = [this] {
     LookAtLog();
     return framesSeen_ >= calculation_.CountDimmingFrames() && ringsSeen_ >= rings_;
