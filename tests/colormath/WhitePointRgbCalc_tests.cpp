@@ -113,15 +113,20 @@ TEST(WhitePointRgbCalc, MatInvert_LimitOfTheDeterminant) {
 }
 
 TEST(WhitePointRgbCalc, RgbGammaEncode_SinglePrecisionAndLargestIsOne) {
-  const double linear[3] = {0.25, 1.0, 0.5};
-  double rgb[3];
-  WhitePointRgbCalc().RgbGammaEncode(rgb, linear);
   const auto encoded = [](double value) {
     return static_cast<double>(static_cast<float>(std::pow(value, 0.45454545454545453) * 255.0));
   };
-  EXPECT_EQ(rgb[0], encoded(0.25) / 255.0);
-  EXPECT_EQ(rgb[1], 1.0);
-  EXPECT_EQ(rgb[2], encoded(0.5) / 255.0);
+  for (int largest = 0; largest < 3; ++largest) {
+    SCOPED_TRACE(largest);
+    double linear[3] = {0.25, 0.375, 0.5};
+    linear[largest] = 1.0;
+    double rgb[3];
+    WhitePointRgbCalc().RgbGammaEncode(rgb, linear);
+    for (int c = 0; c < 3; ++c) {
+      EXPECT_EQ(rgb[c], encoded(linear[c]) / 255.0) << c;
+    }
+    EXPECT_EQ(rgb[largest], 1.0);
+  }
 }
 
 }  // namespace
