@@ -17,6 +17,9 @@
 
 namespace faults {
 
+// The system's profile ahead of most sweeps.
+inline const std::wstring kOldProfile = L"srgb color space profile.icm";
+
 // What the panel shows, or the system's profile.
 enum class Shown { Nothing, Old, New, Golden, Other };
 void PrintTo(Shown shown, std::ostream* out);

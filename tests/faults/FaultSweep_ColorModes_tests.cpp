@@ -11,7 +11,6 @@
 namespace faults {
 namespace {
 
-const std::wstring kOldProfile = L"srgb color space profile.icm";
 constexpr unsigned kWayOf3DLuts = 1;
 constexpr unsigned kWayOfMatrix = 2;
 constexpr unsigned kWayOfGammaAnd3DLuts = 3;

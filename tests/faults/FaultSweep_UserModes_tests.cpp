@@ -11,7 +11,6 @@
 namespace faults {
 namespace {
 
-const std::wstring kFormerProfile = L"srgb color space profile.icm";
 const std::wstring kUserDir = L"C:\\ProgramData\\Comms\\NxVelora\\User";
 const std::wstring kProfile = L"C:\\Windows\\System32\\spool\\drivers\\color\\Mine%1_usr.icc";
 
@@ -51,7 +50,7 @@ class FaultSweep_UserModes : public ColorModeSweep {
   void StartMachine() {
     RemoveTraces();
     StartProcess(1);
-    SetProfile(kFormerProfile);
+    SetProfile(kOldProfile);
   }
 
   // The design with gamut 2 is the new one, if there are two.
@@ -79,7 +78,7 @@ class FaultSweep_UserModes : public ColorModeSweep {
     Scene scene;
     scene.name = name;
     scene.prepare = [this] { StartMachine(); };
-    scene.oldProfile = kFormerProfile;
+    scene.oldProfile = kOldProfile;
     scene.newProfile = std::wstring(id.begin(), id.end()) + L"_usr.icc";
     scene.gamma = [this] { return UserGamma(); };
     scene.lut = [this, gamut] { return UserLut(gamut); };
@@ -468,7 +467,7 @@ TEST_F(FaultSweep_UserModes, SetUserColorField) {
     const UserDesignInfo mine = Design("Mine%1", 1);
     ASSERT_EQ(library().SaveUserSelfColor(&mine), ResultOk);
     StartProcess(1);
-    SetProfile(kFormerProfile);
+    SetProfile(kOldProfile);
     register_();
   };
   scene.call = [this] { return library().SetUserColorField("Mine%1"); };
@@ -542,7 +541,7 @@ TEST_F(FaultSweep_UserModes, SetColorField_Ebook) {
   scene.prepare = [this] { StartMachine(); };
   scene.restart = [this] { StartProcess(1); };
   scene.call = [this] { return library().SetColorField(7); };
-  scene.oldProfile = kFormerProfile;
+  scene.oldProfile = kOldProfile;
   scene.newProfile = L"NVX-P3.icc";
   scene.gamma = [this] { return GammaLut(); };
   scene.lut = [&, this] {
